@@ -23,5 +23,7 @@ write_basic_package_version_file(${PROJECT_BINARY_DIR}/qmrgenConfigVersion.cmake
 install(FILES ${PROJECT_BINARY_DIR}/qmrgenConfig.cmake
   ${PROJECT_BINARY_DIR}/qmrgenConfigVersion.cmake DESTINATION ${QMR_CMAKE_DIR})
 
+# The .pc file finds its prefix from its own place, so an installed tree can move.
+file(RELATIVE_PATH QMR_PC_TO_PREFIX /prefix/${CMAKE_INSTALL_LIBDIR}/pkgconfig /prefix)
 configure_file(${PROJECT_SOURCE_DIR}/cmake/qmrgen.pc.in ${PROJECT_BINARY_DIR}/qmrgen.pc @ONLY)
 install(FILES ${PROJECT_BINARY_DIR}/qmrgen.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)

@@ -52,8 +52,8 @@ struct EnvState {
     Slot slots[QMR_ENV_CACHE_SLOTS];
 };
 
-// Constant-initialised and trivially destructible, so lookups from other
-// static constructors and destructors stay safe; never freed.
+// Constant-initialised, so a lookup from another static constructor finds it
+// ready. Never freed: everything stays reachable from here until exit.
 constinit EnvState state;
 
 char *as_result(const char *answer) noexcept

@@ -30,6 +30,17 @@ std::string show(const char *s)
     return s == nullptr ? "(null)" : '"' + std::string(s) + '"';
 }
 
+// Sets name in the process environment (null: unsets it) and drops any
+// gputenv value and cached lookup of it, so that a repeated run starts afresh.
+void start_with(const char *name, const char *env_value)
+{
+    if (env_value != nullptr)
+        setenv(name, env_value, 1);
+    else
+        unsetenv(name);
+    gputenv(name, nullptr);
+}
+
 TEST(Env, OverlayOverridesProcessEnvironmentUncached)
 {
     const char *name = "QMRT_ENV_OVERLAY";
@@ -69,7 +80,7 @@ TEST(Env, NullAndEmptyNames)
 TEST(Env, CachedSlotKeepsFirstAnswerUntilGputenvOfThatName)
 {
     const char *name = "QMRT_ENV_CACHED";
-    setenv(name, "first", 1);
+    start_with(name, "first");
     const char *p = idx_ggetenv(kSlotFirst, name);
     ASSERT_STREQ(p, "first");
     EXPECT_NE(p, getenv(name)) << "the cached value must be the library's own copy";
@@ -90,7 +101,7 @@ TEST(Env, CachedSlotKeepsFirstAnswerUntilGputenvOfThatName)
 TEST(Env, CachedSlotRemembersAbsence)
 {
     const char *name = "QMRT_ENV_ABSENT";
-    unsetenv(name);
+    start_with(name, nullptr);
     EXPECT_EQ(idx_ggetenv(kSlotAbsent, name), nullptr);
     setenv(name, "late", 1);
     EXPECT_EQ(idx_ggetenv(kSlotAbsent, name), nullptr);
@@ -102,7 +113,7 @@ TEST(Env, CachedSlotRemembersAbsence)
 TEST(Env, HotLookupsAndRepeatedValuesDoNotAllocate)
 {
     const char *name = "QMRT_ENV_HOT";
-    setenv(name, "hot", 1);
+    start_with(name, "hot");
     ASSERT_STREQ(idx_ggetenv(kSlotNoAlloc, name), "hot");
     qmr::test_reset_alloc_count();
     for (int i = 0; i < 1000; ++i)
@@ -142,7 +153,7 @@ void expect_gputenv_atomic(const char *name, const char *value, const char *befo
 TEST(Env, GputenvOutOfMemoryChangesNothing)
 {
     const char *name = "QMRT_ENV_OOM";
-    unsetenv(name);
+    start_with(name, nullptr);
     expect_gputenv_atomic(name, "first", nullptr);  // a new name
     expect_gputenv_atomic(name, "second", "first"); // a new value for a known name
 }
@@ -150,7 +161,7 @@ TEST(Env, GputenvOutOfMemoryChangesNothing)
 TEST(Env, CachedLookupOutOfMemoryAnswersUncached)
 {
     const char *name = "QMRT_ENV_FILL_OOM";
-    setenv(name, "a", 1);
+    start_with(name, "a");
     qmr::test_fail_alloc_after(1, true);
     EXPECT_STREQ(idx_ggetenv(kSlotFillOom, name), "a");
     setenv(name, "b", 1);
@@ -166,7 +177,7 @@ TEST(Env, CachedLookupsRaceWithGputenv)
 {
     const char *name = "QMRT_ENV_RACE";
     const char *values[] = {"v0", "v1", "v2"};
-    setenv(name, "env", 1);
+    start_with(name, "env");
     std::atomic<bool> done{false};
     std::atomic<int> running{0};
     std::atomic<long> bad{0};
