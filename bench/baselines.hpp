@@ -2,7 +2,8 @@
 // the benchmark loops.
 #pragma once
 
-namespace qmrbench {
+namespace qmrbench
+{
 
 // Reads a pointer from a plain thread_local, through a call like the library's.
 void *thread_local_read();

@@ -3,9 +3,11 @@
 
 #include "baselines.hpp"
 
-namespace qmrbench {
+namespace qmrbench
+{
 
-namespace {
+namespace
+{
 thread_local int tls_anchor;
 thread_local void *tls_pointer = nullptr;
 constexpr const char *names[] = {"char", "smallint", "integer", "float", "smallfloat", "decimal"};

@@ -5,7 +5,8 @@
 #include "baselines.hpp"
 #include "qmr/context.h"
 
-namespace {
+namespace
+{
 
 void BM_ThreadLocalBaseline(benchmark::State &state)
 {

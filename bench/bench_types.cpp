@@ -5,7 +5,8 @@
 #include "baselines.hpp"
 #include "qmr/types.h"
 
-namespace {
+namespace
+{
 
 void BM_PlainNameLookup(benchmark::State &state)
 {

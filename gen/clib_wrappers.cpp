@@ -9,19 +9,43 @@
 #include "platform/alloc.hpp"
 #include "qmr/env.h"
 
-void *cl_ext_malloc(size_t size) noexcept { return qmr::mem_alloc(size); }
-void *cl_ext_calloc(size_t count, size_t size) noexcept { return qmr::mem_calloc(count, size); }
-void *cl_ext_realloc(void *ptr, size_t size) noexcept { return qmr::mem_realloc(ptr, size); }
-void cl_ext_free(void *ptr) noexcept { qmr::mem_free(ptr); }
+void *cl_ext_malloc(size_t size) noexcept
+{
+    return qmr::mem_alloc(size);
+}
+void *cl_ext_calloc(size_t count, size_t size) noexcept
+{
+    return qmr::mem_calloc(count, size);
+}
+void *cl_ext_realloc(void *ptr, size_t size) noexcept
+{
+    return qmr::mem_realloc(ptr, size);
+}
+void cl_ext_free(void *ptr) noexcept
+{
+    qmr::mem_free(ptr);
+}
 
 FILE *cl_ext_fopen(const char *path, const char *mode) noexcept
 {
     return std::fopen(path, mode);
 }
-int cl_ext_fclose(FILE *stream) noexcept { return std::fclose(stream); }
-int cl_ext_fgetc(FILE *stream) noexcept { return std::fgetc(stream); }
-int cl_ext_getc(FILE *stream) noexcept { return getc(stream); }
-int cl_ext_ungetc(int c, FILE *stream) noexcept { return std::ungetc(c, stream); }
+int cl_ext_fclose(FILE *stream) noexcept
+{
+    return std::fclose(stream);
+}
+int cl_ext_fgetc(FILE *stream) noexcept
+{
+    return std::fgetc(stream);
+}
+int cl_ext_getc(FILE *stream) noexcept
+{
+    return getc(stream);
+}
+int cl_ext_ungetc(int c, FILE *stream) noexcept
+{
+    return std::ungetc(c, stream);
+}
 char *cl_ext_fgets(char *buf, int size, FILE *stream) noexcept
 {
     return std::fgets(buf, size, stream);
@@ -30,13 +54,22 @@ size_t cl_ext_fwrite(const void *data, size_t size, size_t count, FILE *stream) 
 {
     return std::fwrite(data, size, count, stream);
 }
-int cl_ext_feof(FILE *stream) noexcept { return std::feof(stream); }
-int cl_ext_ferror(FILE *stream) noexcept { return std::ferror(stream); }
+int cl_ext_feof(FILE *stream) noexcept
+{
+    return std::feof(stream);
+}
+int cl_ext_ferror(FILE *stream) noexcept
+{
+    return std::ferror(stream);
+}
 int cl_ext_fseek(FILE *stream, long offset, int whence) noexcept
 {
     return std::fseek(stream, offset, whence);
 }
-long cl_ext_ftell(FILE *stream) noexcept { return std::ftell(stream); }
+long cl_ext_ftell(FILE *stream) noexcept
+{
+    return std::ftell(stream);
+}
 
 int *cl_ext_errno(int *p) noexcept
 {
@@ -44,7 +77,10 @@ int *cl_ext_errno(int *p) noexcept
     return p != nullptr ? p : &private_error_word;
 }
 
-char *cl_ext_getenv(const char *name) noexcept { return idx_ggetenv(-1, name); }
+char *cl_ext_getenv(const char *name) noexcept
+{
+    return idx_ggetenv(-1, name);
+}
 
 int cl_ext_putenv(const char *assignment) noexcept
 {
@@ -62,7 +98,8 @@ int cl_ext_putenv(const char *assignment) noexcept
     return gputenv(name, equals + 1);
 }
 
-namespace {
+namespace
+{
 bool local_now(std::tm *out) noexcept
 {
     std::time_t now = std::time(nullptr);

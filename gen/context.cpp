@@ -9,8 +9,10 @@
 #include "qmr/os.h"
 #include "qmr/sqlhooks.h"
 
-namespace qmr {
-namespace {
+namespace qmr
+{
+namespace
+{
 
 struct SlotShape {
     std::size_t size;
@@ -32,11 +34,16 @@ static_assert(offsetof(qmr_globarea_t, root) == QMR_GLOBAREA_SIZE - sizeof(void 
 void **slot_of(qmr_tcb_t *root, int slot) noexcept
 {
     switch (slot) {
-    case QMR_SLOT_GEN: return reinterpret_cast<void **>(&root->gen);
-    case QMR_SLOT_OS: return reinterpret_cast<void **>(&root->os);
-    case QMR_SLOT_GLOB: return reinterpret_cast<void **>(&root->glob);
-    case QMR_SLOT_GLSENV: return reinterpret_cast<void **>(&root->glsenv);
-    default: return reinterpret_cast<void **>(&root->save);
+    case QMR_SLOT_GEN:
+        return reinterpret_cast<void **>(&root->gen);
+    case QMR_SLOT_OS:
+        return reinterpret_cast<void **>(&root->os);
+    case QMR_SLOT_GLOB:
+        return reinterpret_cast<void **>(&root->glob);
+    case QMR_SLOT_GLSENV:
+        return reinterpret_cast<void **>(&root->glsenv);
+    default:
+        return reinterpret_cast<void **>(&root->save);
     }
 }
 
@@ -280,7 +287,8 @@ qmr_genarea_t *gentcb_alloc(void) noexcept
     return area;
 }
 
-namespace {
+namespace
+{
 
 void free_glob_area(qmr_globarea_t *&glob) noexcept
 {

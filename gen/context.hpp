@@ -11,34 +11,35 @@
 // The general area: the thread's error state and settings. Later families add
 // their per-thread fields before the owned buffers; the back-pointer stays last.
 struct qmr_genarea {
-    int toerrno;         // operator error number, 0 when none
-    int flags;           // bit values: qmr::genflag_...
-    int generr;          // interface check result when made with the keys
-    int glserror;        // locale error number
-    int msgfd;           // open message file descriptor, -1 when none
-    int float_type;      // kept for sibling libraries, not interpreted
-    int second_minus1;   // set to -1 by genfill; meaning left to sibling libraries
+    int toerrno;       // operator error number, 0 when none
+    int flags;         // bit values: qmr::genflag_...
+    int generr;        // interface check result when made with the keys
+    int glserror;      // locale error number
+    int msgfd;         // open message file descriptor, -1 when none
+    int float_type;    // kept for sibling libraries, not interpreted
+    int second_minus1; // set to -1 by genfill; meaning left to sibling libraries
     int reserved_word;
-    void *owned[4];      // buffers freed at thread end
-    qmr_tcb_t *root;     // back-pointer
+    void *owned[4];  // buffers freed at thread end
+    qmr_tcb_t *root; // back-pointer
 };
 
 // The locale save area: buffers the locale layer keeps per thread.
 struct qmr_savearea {
-    void *owned[4];      // freed at thread end
-    qmr_tcb_t *root;     // back-pointer
+    void *owned[4];  // freed at thread end
+    qmr_tcb_t *root; // back-pointer
 };
 
 // A locale environment. The first field is the locale handle; the locale layer
 // fills the rest. A block made for slot 3 on request is QMR_LOCALEBLOCK_SIZE
 // zero bytes, so the record must fit in it.
 struct qmr_glsenv {
-    void *locale;        // locale handle
+    void *locale; // locale handle
     unsigned char body[QMR_LOCALEBLOCK_SIZE - sizeof(void *)];
 };
 static_assert(sizeof(qmr_glsenv) == QMR_LOCALEBLOCK_SIZE);
 
-namespace qmr {
+namespace qmr
+{
 
 inline constexpr int genflag_dbver = 16;
 
@@ -48,15 +49,15 @@ struct ProcessLocks {
     qmrOS_mutex_t global_mutex;
     qmrOS_mutex_t ns_mutex;
     qmrOS_mutex_t ostcb_mutex;
-    qmrOS_mutex_t env_mutex;       // recursive
+    qmrOS_mutex_t env_mutex; // recursive
     qmrOS_mutex_t ldxtbl_mutex;
     qmrOS_mutex_t hashtbl_mutex;
     qmrOS_mutex_t dormant_mutex;
     qmrOS_mutex_t sleep_mutex;
     qmrOS_cond_t sleep_cond;
-    qmrOS_mutex_t initgls_once;    // recursive
-    qmrOS_mutex_t gls_env_mutex;   // recursive
-    qmrOS_mutex_t once_mutex;      // made on demand by once_lock()
+    qmrOS_mutex_t initgls_once;  // recursive
+    qmrOS_mutex_t gls_env_mutex; // recursive
+    qmrOS_mutex_t once_mutex;    // made on demand by once_lock()
     bool once_mutex_made;
 };
 
@@ -67,7 +68,7 @@ struct ProcessState {
     std::atomic<bool> context_key_made{false}; // keys are made once per process
     bool locale_key_made = false;
     ProcessLocks locks{};
-    std::atomic<int> glsenv_count{0};   // environments besides the default one
+    std::atomic<int> glsenv_count{0}; // environments besides the default one
 };
 
 ProcessState &process() noexcept;

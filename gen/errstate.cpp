@@ -5,12 +5,19 @@
 
 short ansidb = 0;
 
-void gen_setansidb(int flag) noexcept { ansidb = static_cast<short>(flag); }
+void gen_setansidb(int flag) noexcept
+{
+    ansidb = static_cast<short>(flag);
+}
 
-namespace {
+namespace
+{
 // The general area of a root, or null: workers tolerate a missing area (a
 // root made by a sibling library for another slot has none).
-qmr_genarea_t *gen_of(qmr_tcb_t *root) noexcept { return root != nullptr ? root->gen : nullptr; }
+qmr_genarea_t *gen_of(qmr_tcb_t *root) noexcept
+{
+    return root != nullptr ? root->gen : nullptr;
+}
 } // namespace
 
 int get_toerrno_tcb(qmr_tcb_t *root) noexcept

@@ -4,7 +4,8 @@
 
 #include "platform/alloc.hpp"
 
-namespace qmr {
+namespace qmr
+{
 
 qmr_glsenv_t *default_glsenv() noexcept
 {
@@ -14,7 +15,8 @@ qmr_glsenv_t *default_glsenv() noexcept
 
 } // namespace qmr
 
-namespace {
+namespace
+{
 
 // Puts env in slot 3, freeing a block made there on request first.
 void store_glsenv(qmr_tcb_t *root, qmr_glsenv_t *env) noexcept

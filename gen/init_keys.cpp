@@ -5,15 +5,20 @@
 #include "platform/alloc.hpp"
 #include "qmr/sqlhooks.h"
 
-namespace qmr {
+namespace qmr
+{
 
-namespace {
+namespace
+{
 constexpr int served_interface_level = 710;
 constexpr int lock_class_general = 1;
 constexpr int lock_class_once = 2;
 
 // Frees the per-thread locale initialisation block at thread end.
-void InitglsDestructor(void *block) noexcept { mem_free(block); }
+void InitglsDestructor(void *block) noexcept
+{
+    mem_free(block);
+}
 
 // The thread keys are made once per process and kept across Destroy_keys, so
 // that a re-initialisation neither leaks key slots nor orphans live contexts.
@@ -135,7 +140,10 @@ int once_lock() noexcept
     return qmrOS_recursive_mutexLock(&l.once_mutex);
 }
 
-int once_unlock() noexcept { return qmrOS_recursive_mutexUnLock(&process().locks.once_mutex); }
+int once_unlock() noexcept
+{
+    return qmrOS_recursive_mutexUnLock(&process().locks.once_mutex);
+}
 
 } // namespace qmr
 
@@ -161,4 +169,7 @@ void Destroy_keys(void) noexcept
     ps.keys_created.store(0, std::memory_order_release);
 }
 
-int checkGenApi(void) noexcept { return qmr_checkAPI(qmr::served_interface_level, 1); }
+int checkGenApi(void) noexcept
+{
+    return qmr_checkAPI(qmr::served_interface_level, 1);
+}

@@ -4,10 +4,12 @@
 
 #include <cstdlib>
 
-namespace qmr {
+namespace qmr
+{
 
 #ifdef QMR_TESTING
-namespace {
+namespace
+{
 thread_local int fail_countdown = 0;
 thread_local bool fail_sticky = false;
 thread_local long alloc_count = 0;
@@ -33,8 +35,14 @@ void test_fail_alloc_after(int n, bool sticky) noexcept
     fail_countdown = n < 0 ? 0 : n;
     fail_sticky = sticky;
 }
-long test_alloc_count() noexcept { return alloc_count; }
-void test_reset_alloc_count() noexcept { alloc_count = 0; }
+long test_alloc_count() noexcept
+{
+    return alloc_count;
+}
+void test_reset_alloc_count() noexcept
+{
+    alloc_count = 0;
+}
 #define QMR_ALLOC_FAILS() should_fail()
 #else
 #define QMR_ALLOC_FAILS() false
@@ -61,6 +69,9 @@ void *mem_realloc(void *ptr, std::size_t size) noexcept
     return std::realloc(ptr, size == 0 ? 1 : size);
 }
 
-void mem_free(void *ptr) noexcept { std::free(ptr); }
+void mem_free(void *ptr) noexcept
+{
+    std::free(ptr);
+}
 
 } // namespace qmr

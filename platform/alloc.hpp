@@ -6,7 +6,8 @@
 #include <cstddef>
 #include <memory>
 
-namespace qmr {
+namespace qmr
+{
 
 void *mem_alloc(std::size_t size) noexcept;
 void *mem_calloc(std::size_t count, std::size_t size) noexcept;

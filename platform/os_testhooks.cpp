@@ -4,14 +4,19 @@
 #ifdef QMR_TESTING
 #include <atomic>
 
-namespace qmr {
-namespace {
+namespace qmr
+{
+namespace
+{
 std::atomic<int> init_countdown{0};
 const void *destroyed[os_test_max_destroyed];
 std::atomic<int> destroyed_count{0};
 } // namespace
 
-void os_test_fail_init_after(int n) noexcept { init_countdown = n < 0 ? 0 : n; }
+void os_test_fail_init_after(int n) noexcept
+{
+    init_countdown = n < 0 ? 0 : n;
+}
 
 bool os_test_init_fails() noexcept
 {
@@ -40,7 +45,10 @@ int os_test_destroyed(const void **out, int max) noexcept
     return n;
 }
 
-void os_test_reset_destroyed() noexcept { destroyed_count = 0; }
+void os_test_reset_destroyed() noexcept
+{
+    destroyed_count = 0;
+}
 
 } // namespace qmr
 #endif

@@ -3,7 +3,8 @@
 // they compile to nothing.
 #pragma once
 
-namespace qmr {
+namespace qmr
+{
 
 #ifdef QMR_TESTING
 // The n-th creation from now (1 = the next) fails; 0 disarms. Process-wide.
@@ -15,7 +16,10 @@ void os_test_note_destroy(const void *lock) noexcept;
 int os_test_destroyed(const void **out, int max) noexcept;
 void os_test_reset_destroyed() noexcept;
 #else
-inline bool os_test_init_fails() noexcept { return false; }
+inline bool os_test_init_fails() noexcept
+{
+    return false;
+}
 inline void os_test_note_destroy(const void *) noexcept {}
 #endif
 

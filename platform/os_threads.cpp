@@ -6,7 +6,8 @@
 
 int THR_FUNC_INIT = 0;
 
-namespace {
+namespace
+{
 pthread_mutex_t startup_lock = PTHREAD_MUTEX_INITIALIZER;
 
 int make_mutex(qmrOS_mutex_t *m, int shared, int lock_class, bool recursive) noexcept
@@ -16,8 +17,8 @@ int make_mutex(qmrOS_mutex_t *m, int shared, int lock_class, bool recursive) noe
     pthread_mutexattr_t attr;
     if (pthread_mutexattr_init(&attr) != 0)
         return -1;
-    int rc = pthread_mutexattr_settype(&attr, recursive ? PTHREAD_MUTEX_RECURSIVE
-                                                        : PTHREAD_MUTEX_DEFAULT);
+    int rc = pthread_mutexattr_settype(&attr,
+                                       recursive ? PTHREAD_MUTEX_RECURSIVE : PTHREAD_MUTEX_DEFAULT);
     if (rc == 0)
         rc = pthread_mutex_init(&m->mutex, &attr);
     pthread_mutexattr_destroy(&attr);
@@ -94,17 +95,35 @@ int qmrOS_mutexInit(qmrOS_mutex_t *m, int shared, int lock_class) noexcept
 {
     return make_mutex(m, shared, lock_class, false);
 }
-int qmrOS_mutexDestroy(qmrOS_mutex_t *m) noexcept { return destroy_mutex(m); }
-int qmrOS_mutexLock(qmrOS_mutex_t *m) noexcept { return lock_mutex(m); }
-int qmrOS_mutexUnLock(qmrOS_mutex_t *m) noexcept { return unlock_mutex(m); }
+int qmrOS_mutexDestroy(qmrOS_mutex_t *m) noexcept
+{
+    return destroy_mutex(m);
+}
+int qmrOS_mutexLock(qmrOS_mutex_t *m) noexcept
+{
+    return lock_mutex(m);
+}
+int qmrOS_mutexUnLock(qmrOS_mutex_t *m) noexcept
+{
+    return unlock_mutex(m);
+}
 
 int qmrOS_recursive_mutexInit(qmrOS_mutex_t *m, int shared, int lock_class) noexcept
 {
     return make_mutex(m, shared, lock_class, true);
 }
-int qmrOS_recursive_mutexDestroy(qmrOS_mutex_t *m) noexcept { return destroy_mutex(m); }
-int qmrOS_recursive_mutexLock(qmrOS_mutex_t *m) noexcept { return lock_mutex(m); }
-int qmrOS_recursive_mutexUnLock(qmrOS_mutex_t *m) noexcept { return unlock_mutex(m); }
+int qmrOS_recursive_mutexDestroy(qmrOS_mutex_t *m) noexcept
+{
+    return destroy_mutex(m);
+}
+int qmrOS_recursive_mutexLock(qmrOS_mutex_t *m) noexcept
+{
+    return lock_mutex(m);
+}
+int qmrOS_recursive_mutexUnLock(qmrOS_mutex_t *m) noexcept
+{
+    return unlock_mutex(m);
+}
 
 int qmrOS_condInit(qmrOS_cond_t *c, const char *name) noexcept
 {

@@ -7,7 +7,8 @@
 
 #include "platform/alloc.hpp"
 
-namespace {
+namespace
+{
 constexpr int served_interface_level = 710;
 
 template <typename Area> Area *area_of_slot(int slot) noexcept

@@ -6,8 +6,10 @@
 #include "qmr/context.h"
 #include "qmr/types.h"
 
-namespace qmrtool {
-namespace {
+namespace qmrtool
+{
+namespace
+{
 
 // A representative length word for each SQL type, so that the length-
 // dependent sizes show real numbers: 10 characters, DECIMAL(16,2),
@@ -16,10 +18,14 @@ int sample_length(int code)
 {
     switch (code) {
     case QMR_SQL_DECIMAL:
-    case QMR_SQL_MONEY: return 16 * 256 + 2;
-    case QMR_SQL_DATETIME: return 0x0E0A;
-    case QMR_SQL_INTERVAL: return 0x0B4A;
-    default: return 10;
+    case QMR_SQL_MONEY:
+        return 16 * 256 + 2;
+    case QMR_SQL_DATETIME:
+        return 0x0E0A;
+    case QMR_SQL_INTERVAL:
+        return 0x0B4A;
+    default:
+        return 10;
     }
 }
 
@@ -35,8 +41,7 @@ void print_catalogue()
         int len = sample_length(code);
         std::printf("%4d  %-22s %6x %6d %6d %5d %6d %6d\n", code,
                     name[0] != '\0' ? name : "(null type)", len, rtypsize(code, len),
-                    rtypmsize(code, len), rtypalign(1, code), rtypwidth(code, len),
-                    rtoctype(code));
+                    rtypmsize(code, len), rtypalign(1, code), rtypwidth(code, len), rtoctype(code));
     }
     std::printf("\nC types\n%4s %6s %5s %8s\n", "code", "memory", "align", "SQL type");
     for (int code = 100; code <= QMR_C_MAXTYPE; ++code)

@@ -5,7 +5,8 @@
 
 #include "qmr.hpp"
 
-namespace {
+namespace
+{
 
 struct Subcommand {
     const char *name;

@@ -25,7 +25,8 @@ QMR_API int cl_ext_fgetc(FILE *stream) QMR_NOEXCEPT;
 QMR_API int cl_ext_getc(FILE *stream) QMR_NOEXCEPT;
 QMR_API int cl_ext_ungetc(int c, FILE *stream) QMR_NOEXCEPT;
 QMR_API char *cl_ext_fgets(char *buf, int size, FILE *stream) QMR_NOEXCEPT;
-QMR_API size_t cl_ext_fwrite(const void *data, size_t size, size_t count, FILE *stream) QMR_NOEXCEPT;
+QMR_API size_t cl_ext_fwrite(const void *data, size_t size, size_t count,
+                             FILE *stream) QMR_NOEXCEPT;
 QMR_API int cl_ext_feof(FILE *stream) QMR_NOEXCEPT;
 QMR_API int cl_ext_ferror(FILE *stream) QMR_NOEXCEPT;
 QMR_API int cl_ext_fseek(FILE *stream, long offset, int whence) QMR_NOEXCEPT;
@@ -54,7 +55,7 @@ typedef struct qmr_curtime {
     int tm_wday;
     int tm_yday;
     int tm_isdst;
-    long ct_trailing[2];   /* always 0 */
+    long ct_trailing[2]; /* always 0 */
 } qmr_curtime_t;
 
 /* Fills *tm with the local time now. 0, or -1 if the conversion fails. */

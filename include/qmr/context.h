@@ -13,8 +13,8 @@ QMR_BEGIN_DECLS
 
 /* Sizes agreed with the sibling libraries that own the OS and global areas, and
  * the size of a locale block made on request for slot 3. */
-#define QMR_OSAREA_SIZE 2904
-#define QMR_GLOBAREA_SIZE 2312
+#define QMR_OSAREA_SIZE      2904
+#define QMR_GLOBAREA_SIZE    2312
 #define QMR_LOCALEBLOCK_SIZE 1392
 
 /* Slot numbers of get_thread_context; QMR_SLOT_ROOT means the root itself. */
@@ -34,35 +34,35 @@ typedef struct qmr_glsenv qmr_glsenv_t;     /* a locale environment */
 
 /* The OS layer's area: 2904 bytes, the root's address in its last pointer. */
 typedef struct qmr_osarea {
-    void *owned_buffer;     /* freed at thread end */
-    void *debug_file;       /* FILE * of the trace file; close_sqdbgfile closes it */
+    void *owned_buffer; /* freed at thread end */
+    void *debug_file;   /* FILE * of the trace file; close_sqdbgfile closes it */
     char reserved[QMR_OSAREA_SIZE - 3 * sizeof(void *)];
-    struct qmr_tcb *root;   /* back-pointer */
+    struct qmr_tcb *root; /* back-pointer */
 } qmr_osarea_t;
 
 /* The SQL-interface library's area: 2312 bytes, back-pointer last. */
 #define QMR_GLOB_OWNED 4
 typedef struct qmr_globarea {
-    int cleanup_hook;                /* nonzero: _sqThreadCleanup runs at thread end */
+    int cleanup_hook; /* nonzero: _sqThreadCleanup runs at thread end */
     int reserved_word;
-    void *owned[QMR_GLOB_OWNED];     /* buffers freed at thread end */
-    qmr_hashtab_t *table;            /* released with ghashremove at thread end */
-    qmr_hashtab_t *file_table;       /* emptied by _iqfremoveall, then released */
+    void *owned[QMR_GLOB_OWNED]; /* buffers freed at thread end */
+    qmr_hashtab_t *table;        /* released with ghashremove at thread end */
+    qmr_hashtab_t *file_table;   /* emptied by _iqfremoveall, then released */
     char reserved[QMR_GLOBAREA_SIZE - 8 - (QMR_GLOB_OWNED + 3) * sizeof(void *)];
-    struct qmr_tcb *root;            /* back-pointer */
+    struct qmr_tcb *root; /* back-pointer */
 } qmr_globarea_t;
 
 /* The root block of a thread's context, zero-filled when made. */
 typedef struct qmr_tcb {
-    qmr_genarea_t *gen;     /* slot 0: general area, owned */
-    qmr_osarea_t *os;       /* slot 1: OS area, owned */
-    qmr_globarea_t *glob;   /* slot 2: global area, owned */
-    qmr_glsenv_t *glsenv;   /* slot 3: the thread's locale environment, not owned */
-    qmr_savearea_t *save;   /* slot 4: locale save area, owned */
-    void *extra;            /* set by sibling libraries, owned (freed at thread end) */
-    short initialised;      /* 1 once slots 0, 1, 2 and 4 all exist */
-    short glsenv_owned;     /* 1 while slot 3 holds a locale block made on request
-                               for it; such a block is freed with the context */
+    qmr_genarea_t *gen;   /* slot 0: general area, owned */
+    qmr_osarea_t *os;     /* slot 1: OS area, owned */
+    qmr_globarea_t *glob; /* slot 2: global area, owned */
+    qmr_glsenv_t *glsenv; /* slot 3: the thread's locale environment, not owned */
+    qmr_savearea_t *save; /* slot 4: locale save area, owned */
+    void *extra;          /* set by sibling libraries, owned (freed at thread end) */
+    short initialised;    /* 1 once slots 0, 1, 2 and 4 all exist */
+    short glsenv_owned;   /* 1 while slot 3 holds a locale block made on request
+                             for it; such a block is freed with the context */
 } qmr_tcb_t;
 
 /* The ANSI-mode switch: process-wide, set by the connection layer, read without

@@ -8,12 +8,12 @@
 /* Qualifier: total digits << 8 | start unit << 4 | end unit. 24 bytes each. */
 typedef struct dtime_t {
     short qualifier; /* total digits << 8 | start unit << 4 | end unit */
-    dec_t value;    /* value; its sign is the interval's sign, positive for datetimes */
+    dec_t value;     /* value; its sign is the interval's sign, positive for datetimes */
 } dtime_t;
 
 typedef struct intrvl_t {
     short qualifier; /* as for dtime_t */
-    dec_t value;    /* value; its sign is the interval's sign */
+    dec_t value;     /* value; its sign is the interval's sign */
 } intrvl_t;
 
 #endif /* QMR_DATETIME_H */

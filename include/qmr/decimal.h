@@ -11,10 +11,10 @@
  * Zero is ndigits 0, exponent -64, sign 1; null is ndigits 0, exponent 0,
  * sign -1. The record is 22 bytes and is copied whole. */
 typedef struct dec_t {
-    short exponent;            /* power of 100 of the first digit, -64..63 */
-    short sign;                /* 1 positive, 0 negative, -1 null */
-    short ndigits;             /* significant base-100 digits held, 0..16 */
-    char digits[QMR_DECSIZE];  /* base-100 digits 0..99, most significant first */
+    short exponent;           /* power of 100 of the first digit, -64..63 */
+    short sign;               /* 1 positive, 0 negative, -1 null */
+    short ndigits;            /* significant base-100 digits held, 0..16 */
+    char digits[QMR_DECSIZE]; /* base-100 digits 0..99, most significant first */
 } dec_t;
 
 #endif /* QMR_DECIMAL_H */

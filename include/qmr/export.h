@@ -15,8 +15,8 @@
 
 #ifdef __cplusplus
 #define QMR_BEGIN_DECLS extern "C" {
-#define QMR_END_DECLS }
-#define QMR_NOEXCEPT noexcept
+#define QMR_END_DECLS   }
+#define QMR_NOEXCEPT    noexcept
 #else
 #define QMR_BEGIN_DECLS
 #define QMR_END_DECLS

@@ -14,8 +14,8 @@ typedef struct qmr_hashnode {
 } qmr_hashnode_t;
 
 typedef struct qmr_hashtab {
-    int nbuckets;              /* at least 1 */
-    qmr_hashnode_t **buckets;  /* nbuckets chain heads */
+    int nbuckets;             /* at least 1 */
+    qmr_hashnode_t **buckets; /* nbuckets chain heads */
 } qmr_hashtab_t;
 
 /* A table of n empty buckets; null when n < 1 or memory runs out. */

@@ -10,63 +10,90 @@ QMR_BEGIN_DECLS
 
 /* SQL type codes (the low 8 bits of a column's type code). */
 enum qmr_sqltype {
-    QMR_SQL_CHAR = 0, QMR_SQL_SMALLINT = 1, QMR_SQL_INTEGER = 2, QMR_SQL_FLOAT = 3,
-    QMR_SQL_SMALLFLOAT = 4, QMR_SQL_DECIMAL = 5, QMR_SQL_SERIAL = 6, QMR_SQL_DATE = 7,
-    QMR_SQL_MONEY = 8, QMR_SQL_NULL = 9, QMR_SQL_DATETIME = 10, QMR_SQL_BYTE = 11,
-    QMR_SQL_TEXT = 12, QMR_SQL_VARCHAR = 13, QMR_SQL_INTERVAL = 14, QMR_SQL_NCHAR = 15,
-    QMR_SQL_NVARCHAR = 16, QMR_SQL_INT8 = 17, QMR_SQL_SERIAL8 = 18, QMR_SQL_SET = 19,
-    QMR_SQL_MULTISET = 20, QMR_SQL_LIST = 21, QMR_SQL_ROW = 22, QMR_SQL_COLLECTION = 23,
-    QMR_SQL_UDTVAR = 40, QMR_SQL_UDTFIXED = 41, QMR_SQL_REFSER8 = 42,
-    QMR_SQL_LVARCHAR = 43, QMR_SQL_SENDRECV = 44, QMR_SQL_BOOLEAN = 45,
-    QMR_SQL_IMPEXP = 46, QMR_SQL_IMPEXPBIN = 47, QMR_SQL_UNUSED48 = 48,
-    QMR_SQL_DBSENDRECV = 49, QMR_SQL_SRVSENDRECV = 50, QMR_SQL_UNUSED51 = 51,
-    QMR_SQL_BIGINT = 52, QMR_SQL_BIGSERIAL = 53,
+    QMR_SQL_CHAR = 0,
+    QMR_SQL_SMALLINT = 1,
+    QMR_SQL_INTEGER = 2,
+    QMR_SQL_FLOAT = 3,
+    QMR_SQL_SMALLFLOAT = 4,
+    QMR_SQL_DECIMAL = 5,
+    QMR_SQL_SERIAL = 6,
+    QMR_SQL_DATE = 7,
+    QMR_SQL_MONEY = 8,
+    QMR_SQL_NULL = 9,
+    QMR_SQL_DATETIME = 10,
+    QMR_SQL_BYTE = 11,
+    QMR_SQL_TEXT = 12,
+    QMR_SQL_VARCHAR = 13,
+    QMR_SQL_INTERVAL = 14,
+    QMR_SQL_NCHAR = 15,
+    QMR_SQL_NVARCHAR = 16,
+    QMR_SQL_INT8 = 17,
+    QMR_SQL_SERIAL8 = 18,
+    QMR_SQL_SET = 19,
+    QMR_SQL_MULTISET = 20,
+    QMR_SQL_LIST = 21,
+    QMR_SQL_ROW = 22,
+    QMR_SQL_COLLECTION = 23,
+    QMR_SQL_UDTVAR = 40,
+    QMR_SQL_UDTFIXED = 41,
+    QMR_SQL_REFSER8 = 42,
+    QMR_SQL_LVARCHAR = 43,
+    QMR_SQL_SENDRECV = 44,
+    QMR_SQL_BOOLEAN = 45,
+    QMR_SQL_IMPEXP = 46,
+    QMR_SQL_IMPEXPBIN = 47,
+    QMR_SQL_UNUSED48 = 48,
+    QMR_SQL_DBSENDRECV = 49,
+    QMR_SQL_SRVSENDRECV = 50,
+    QMR_SQL_UNUSED51 = 51,
+    QMR_SQL_BIGINT = 52,
+    QMR_SQL_BIGSERIAL = 53,
     QMR_SQL_MAXTYPE = 53
 };
 
 /* Attribute bits above the base code. */
 #define QMR_SQL_DISTINCT_LVARCHAR 0x2000 /* distinct type represented as LVARCHAR */
-#define QMR_SQL_DISTINCT_BOOLEAN 0x4000  /* distinct type represented as BOOLEAN */
+#define QMR_SQL_DISTINCT_BOOLEAN  0x4000 /* distinct type represented as BOOLEAN */
 
 /* C type codes: kinds of host-program variable. */
 enum qmr_ctype {
-    QMR_C_CHAR = 100,       /* character array, NUL-terminated */
-    QMR_C_SHORT = 101,      /* 16-bit integer */
-    QMR_C_INT = 102,        /* 32-bit integer */
-    QMR_C_LONG = 103,       /* 64-bit platform long */
-    QMR_C_FLOAT = 104,      /* single-precision float */
-    QMR_C_DOUBLE = 105,     /* double-precision float */
-    QMR_C_NONE = 106,       /* no type */
-    QMR_C_DECIMAL = 107,    /* dec_t */
-    QMR_C_FIXCHAR = 108,    /* blank-padded character array, no terminator */
-    QMR_C_STRING = 109,     /* character string, NUL-terminated */
-    QMR_C_DATE = 110,       /* 32-bit day number */
-    QMR_C_MONEY = 111,      /* dec_t holding money */
-    QMR_C_DTIME = 112,      /* dtime_t */
-    QMR_C_LOCATOR = 113,    /* large-object locator, qmr_loc_t */
-    QMR_C_VARCHAR = 114,    /* varchar, NUL-terminated */
-    QMR_C_INTRVL = 115,     /* intrvl_t */
-    QMR_C_FILE = 116,       /* file name of a large object */
-    QMR_C_INT8 = 117,       /* qmr_int8_t */
-    QMR_C_COLL = 118,       /* collection record, qmr_collection_t */
-    QMR_C_LVARCHAR = 119,   /* lvarchar, NUL-terminated */
-    QMR_C_FIXBIN = 120,     /* fixed binary (fixed-size opaque type) */
-    QMR_C_VARBIN = 121,     /* variable binary (variable-size opaque type) */
-    QMR_C_BOOL = 122,       /* boolean, one byte */
-    QMR_C_ROW = 123,        /* row record, qmr_collection_t */
+    QMR_C_CHAR = 100,        /* character array, NUL-terminated */
+    QMR_C_SHORT = 101,       /* 16-bit integer */
+    QMR_C_INT = 102,         /* 32-bit integer */
+    QMR_C_LONG = 103,        /* 64-bit platform long */
+    QMR_C_FLOAT = 104,       /* single-precision float */
+    QMR_C_DOUBLE = 105,      /* double-precision float */
+    QMR_C_NONE = 106,        /* no type */
+    QMR_C_DECIMAL = 107,     /* dec_t */
+    QMR_C_FIXCHAR = 108,     /* blank-padded character array, no terminator */
+    QMR_C_STRING = 109,      /* character string, NUL-terminated */
+    QMR_C_DATE = 110,        /* 32-bit day number */
+    QMR_C_MONEY = 111,       /* dec_t holding money */
+    QMR_C_DTIME = 112,       /* dtime_t */
+    QMR_C_LOCATOR = 113,     /* large-object locator, qmr_loc_t */
+    QMR_C_VARCHAR = 114,     /* varchar, NUL-terminated */
+    QMR_C_INTRVL = 115,      /* intrvl_t */
+    QMR_C_FILE = 116,        /* file name of a large object */
+    QMR_C_INT8 = 117,        /* qmr_int8_t */
+    QMR_C_COLL = 118,        /* collection record, qmr_collection_t */
+    QMR_C_LVARCHAR = 119,    /* lvarchar, NUL-terminated */
+    QMR_C_FIXBIN = 120,      /* fixed binary (fixed-size opaque type) */
+    QMR_C_VARBIN = 121,      /* variable binary (variable-size opaque type) */
+    QMR_C_BOOL = 122,        /* boolean, one byte */
+    QMR_C_ROW = 123,         /* row record, qmr_collection_t */
     QMR_C_LVARCHARPTR = 124, /* pointer-based lvarchar */
-    QMR_C_BIGINT = 125,     /* 64-bit integer (BIGINT) */
+    QMR_C_BIGINT = 125,      /* 64-bit integer (BIGINT) */
     QMR_C_MAXTYPE = 125
 };
 
 /* The large-object locator shared with host programs: 112 bytes, 8-aligned.
  * Only loc_indicator is interpreted here (-1 marks a null value). */
 typedef struct qmr_loc_t {
-    short loc_type;          /* where the object lives */
-    int loc_indicator;       /* -1 null, otherwise 0 */
-    int loc_size;            /* size of the object in bytes */
-    int loc_status;          /* status of the last operation */
-    char loc_reserved[96];   /* for the large-object machinery */
+    short loc_type;        /* where the object lives */
+    int loc_indicator;     /* -1 null, otherwise 0 */
+    int loc_size;          /* size of the object in bytes */
+    int loc_status;        /* status of the last operation */
+    char loc_reserved[96]; /* for the large-object machinery */
 } qmr_loc_t;
 
 /* SQL type code -> C type code (-1 where none), 54 entries. */

@@ -10,7 +10,8 @@
 #include "qmr/clib.h"
 #include "qmr/env.h"
 
-namespace {
+namespace
+{
 
 TEST(ClibWrappers, PutenvNameRules)
 {

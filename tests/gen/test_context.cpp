@@ -16,7 +16,8 @@
 #include "qmr/clib.h"
 #include "qmr/sqlhooks.h"
 
-namespace qmrtest {
+namespace qmrtest
+{
 int check_api_answer = 0;
 int check_api_last_level = 0;
 int check_api_last_flag = 0;
@@ -37,7 +38,8 @@ extern "C" void _sqThreadCleanup(qmr_globarea_t *glob) noexcept
     glob->cleanup_hook = 0;
 }
 
-namespace {
+namespace
+{
 using qmrtest::on_new_thread;
 
 TEST(ThreadContext, FirstCallInANewThreadLeavesAFullContext)
@@ -251,9 +253,9 @@ TEST(StartUp, InterfaceCheckBecomesTheFirstThreadsGeneralError)
 std::vector<const void *> locks_in_making_order()
 {
     qmr::ProcessLocks &l = qmr::process().locks;
-    return {&l.conn_list_mutex, &l.global_mutex,  &l.ns_mutex,      &l.ostcb_mutex,
-            &l.env_mutex,       &l.ldxtbl_mutex,  &l.hashtbl_mutex, &l.dormant_mutex,
-            &l.sleep_mutex,     &l.sleep_cond,    &l.initgls_once,  &l.gls_env_mutex};
+    return {&l.conn_list_mutex, &l.global_mutex, &l.ns_mutex,      &l.ostcb_mutex,
+            &l.env_mutex,       &l.ldxtbl_mutex, &l.hashtbl_mutex, &l.dormant_mutex,
+            &l.sleep_mutex,     &l.sleep_cond,   &l.initgls_once,  &l.gls_env_mutex};
 }
 
 bool lock_made(const void *lock)
@@ -301,7 +303,8 @@ TEST(StartUp, InitKeysMakesTheLocksInOrderAndStopsAtTheFirstFailure)
         on_new_thread([] { EXPECT_EQ(CheckAlltcbInit(), nullptr); });
         qmr::os_test_fail_init_after(0);
         for (std::size_t i = 0; i < order.size(); ++i)
-            EXPECT_EQ(lock_made(order[i]), i + 1 < failing) << "failing " << failing << " lock " << i;
+            EXPECT_EQ(lock_made(order[i]), i + 1 < failing)
+                << "failing " << failing << " lock " << i;
         EXPECT_EQ(qmr::process().keys_created.load(), 1) << "a failed start-up is not retried";
         on_new_thread([] { EXPECT_NE(CheckAlltcbInit(), nullptr); });
     }

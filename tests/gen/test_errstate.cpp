@@ -9,7 +9,8 @@
 #include "gen/test_support.hpp"
 #include "qmr/clib.h"
 
-namespace {
+namespace
+{
 using qmrtest::on_new_thread;
 
 TEST(ErrorState, EachThreadSeesOnlyItsOwnErrors)

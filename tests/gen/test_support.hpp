@@ -5,7 +5,8 @@
 #include <thread>
 #include <utility>
 
-namespace qmrtest {
+namespace qmrtest
+{
 
 template <typename Body> void on_new_thread(Body &&body)
 {

@@ -9,7 +9,8 @@
 
 #include "qmr/os.h"
 
-namespace {
+namespace
+{
 
 int destructor_runs = 0;
 void count_destructor(void *value)
@@ -82,7 +83,10 @@ TEST(OsLayer, ConditionKeepsItsName)
 }
 
 int init_runs = 0;
-int count_init() { return ++init_runs == 1 ? 0 : -1; }
+int count_init()
+{
+    return ++init_runs == 1 ? 0 : -1;
+}
 
 TEST(OsLayer, InitKeysRunsTheGivenRoutine)
 {
