@@ -3,6 +3,7 @@
 #ifndef QMR_DECIMAL_H
 #define QMR_DECIMAL_H
 
+#include "qmr/errors.h"
 #include "qmr/export.h"
 
 #define QMR_DECSIZE 16
@@ -16,5 +17,97 @@ typedef struct dec_t {
     short ndigits;            /* significant base-100 digits held, 0..16 */
     char digits[QMR_DECSIZE]; /* base-100 digits 0..99, most significant first */
 } dec_t;
+
+QMR_BEGIN_DECLS
+
+/* Arithmetic. Every result pointer may be the same as an operand: operands are
+ * read whole before the result is written. A null operand gives a null result
+ * and 0. Results pass through decload, so they are rounded half away from zero
+ * on the 17th base-100 digit and clamped at the exponent limits. */
+
+/* result = a + b. The sign of a sum is that of the larger magnitude; x + (-x)
+ * is zero with sign 1. An addend lying wholly beyond 17 base-100 digits below
+ * the other is dropped without rounding.
+ * Returns: 0, QMR_E_DECOVERFLOW (exponent 63 kept), QMR_E_DECUNDERFLOW
+ * (exponent -64 kept). */
+QMR_API int decadd(const dec_t *a, const dec_t *b, dec_t *result) QMR_NOEXCEPT;
+/* result = a - b; as decadd.
+ * Returns: 0, QMR_E_DECOVERFLOW, QMR_E_DECUNDERFLOW. */
+QMR_API int decsub(const dec_t *a, const dec_t *b, dec_t *result) QMR_NOEXCEPT;
+/* result = a * b: the full product rounded once.
+ * Returns: 0, QMR_E_DECOVERFLOW, QMR_E_DECUNDERFLOW. */
+QMR_API int decmul(const dec_t *a, const dec_t *b, dec_t *result) QMR_NOEXCEPT;
+/* result = a / b from 18 quotient digits rounded to 16. A zero divisor sets
+ * result to zero (a null operand still gives null and 0).
+ * Returns: 0, QMR_E_DECOVERFLOW, QMR_E_DECUNDERFLOW, QMR_E_DIVZERO. */
+QMR_API int decdiv(const dec_t *a, const dec_t *b, dec_t *result) QMR_NOEXCEPT;
+/* Rounds d in place, half away from zero, to s decimal places (s < 0 rounds
+ * left of the point: -1 to tens, -2 to hundreds). A null d is left alone. */
+QMR_API void decround(dec_t *d, int s) QMR_NOEXCEPT;
+/* Truncates d in place towards zero to s decimal places (same s as decround).
+ * A null d is left alone; a value that loses every digit becomes zero. */
+QMR_API void dectrunc(dec_t *d, int s) QMR_NOEXCEPT;
+/* Returns: -1, 0, 1 as a is less than, equal to, greater than b; -2 if either
+ * is null. A trailing zero digit counts: {1, 50, 0} is above {1, 50}. */
+QMR_API int deccmp(const dec_t *a, const dec_t *b) QMR_NOEXCEPT;
+/* Copies the whole record, all 16 digit bytes. from may equal to. */
+QMR_API void deccopy(const dec_t *from, dec_t *to) QMR_NOEXCEPT;
+/* Returns: 1 if d has no digits and exponent -64 (the sign is not read), else 0. */
+QMR_API int dec_is_zero(const dec_t *d) QMR_NOEXCEPT;
+/* result = square root of x by Newton steps until two successive values are
+ * equal. A negative x gives zero; a null x gives null. result may be x.
+ * Returns: 0. */
+QMR_API int decsqrt(const dec_t *x, dec_t *result) QMR_NOEXCEPT;
+
+/* Stores count base-100 digit bytes (most significant first; the first has the
+ * power exponent) with sign 1, 0 or -1 (null) into result, normalised: leading
+ * and trailing zero digits dropped, more than 16 digits rounded half-up on the
+ * 17th (a carry that leaves zeros at the end keeps all 16 digits), no digits
+ * giving zero with sign 1. bytes is only read and may overlap result.
+ * Returns: 0; QMR_E_DECOVERFLOW with exponent stored as 63, QMR_E_DECUNDERFLOW
+ * with exponent stored as -64 (digits kept in both). */
+QMR_API int decload(dec_t *result, int sign, int exponent, const char *bytes,
+                    int count) QMR_NOEXCEPT;
+/* Returns: 0 if d is a well-formed value or null, -1 otherwise (also for a
+ * null pointer). */
+QMR_API int decverify(const dec_t *d) QMR_NOEXCEPT;
+/* Writes n base-100 digits as 2n decimal characters ("07" for 7) and a NUL.
+ * Returns: a pointer to that NUL. */
+QMR_API char *dec1to2(const char *digits, int n, char *out) QMR_NOEXCEPT;
+/* Reads an optional "+" or "-" and decimal digits into *value (negated after
+ * "-"; wraps modulo 2^32 without a check; no digits gives 0).
+ * Returns: a pointer to the first character not consumed. */
+QMR_API char *decstoi(const char *text, int *value) QMR_NOEXCEPT;
+/* Reads hexadecimal digits into *value (modulo 2^32), then skips blanks.
+ * Returns: 0 and stores the value if the end of the string or a newline
+ * follows; -1 otherwise, leaving *value unchanged. */
+QMR_API int decxtoi(const char *text, unsigned int *value) QMR_NOEXCEPT;
+
+/* Stored form of L bytes whose unsigned byte strings sort in numeric order:
+ * byte 0 holds the sign bit (set for positive and zero) and the exponent
+ * excess 64 (ones' complemented for negatives), bytes 1..L-1 the first L-1
+ * digits (base-100 complemented for negatives). Null is all bytes 0.
+ * A negative value of exponent 63 whose leading digit 99 is followed by further
+ * non-zero stored digits stores bytes 0 and 1 as 0, and so reads back as null. */
+
+/* Writes d into L bytes (L >= 2), rounding half-up on the magnitude at the
+ * first digit not stored. Nothing is checked: a value of exponent 63 that
+ * rounds up at the cut carries into the sign bit. */
+QMR_API void stdecimal(const dec_t *d, char *buffer, int len) QMR_NOEXCEPT;
+/* Reads L stored bytes into d (at most 17 digits are read). Bytes 0 and 1
+ * both 0 give null.
+ * Returns: 0; QMR_E_DECOVERFLOW or QMR_E_DECUNDERFLOW for malformed bytes. */
+QMR_API int lddecimal(const char *buffer, int len, dec_t *d) QMR_NOEXCEPT;
+/* Replaces n digit bytes by their base-100 complement 100^n - run (zero stays
+ * zero); applying it twice gives the bytes back. */
+QMR_API void deccomplement(char *bytes, int n) QMR_NOEXCEPT;
+/* Returns: the precision word p * 256 + s that exactly fits d: p decimal
+ * digits, s fractional digits; an integer with zeros left of the units place
+ * counts them in p with s 0. 0 for zero or null. */
+QMR_API int dec2prec(const dec_t *d) QMR_NOEXCEPT;
+/* Returns: dec2prec(d) with the precision raised to at least the scale. */
+QMR_API int decprec(const dec_t *d) QMR_NOEXCEPT;
+
+QMR_END_DECLS
 
 #endif /* QMR_DECIMAL_H */
