@@ -33,4 +33,22 @@ __attribute__((noinline)) int plain_int_isnull(const char *p)
     return v == static_cast<int>(0x80000000u);
 }
 
+__attribute__((noinline)) int utf8_count_unchecked(const char *s, std::size_t n)
+{
+    int count = 0;
+    for (std::size_t i = 0; i < n; ++count) {
+        const auto lead = static_cast<unsigned char>(s[i]);
+        i += lead < 0x80 ? 1 : lead < 0xE0 ? 2 : lead < 0xF0 ? 3 : 4;
+    }
+    return count;
+}
+
+__attribute__((noinline)) int byte_loop(const char *s, std::size_t n)
+{
+    int count = 0;
+    for (std::size_t i = 0; i < n; ++i)
+        count += (static_cast<unsigned char>(s[i]) & 0xC0) != 0x80;
+    return count;
+}
+
 } // namespace qmrbench

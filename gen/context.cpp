@@ -352,8 +352,10 @@ void AllDestructor(void *context) noexcept
     free_os_area(root->os);
     GlsenvSaveAreaDestructor(root->save);
     mem_release(root->extra);
-    if (root->glsenv_owned != 0)
+    if (root->glsenv_owned != 0) {
+        glsenv_release_members(root->glsenv);
         mem_release(root->glsenv);
+    }
     mem_free(root);
 }
 

@@ -6,6 +6,7 @@
 #include <atomic>
 
 #include "qmr/context.h"
+#include "qmr/datetime.h"
 #include "qmr/os.h"
 
 // The general area: the thread's error state and settings. Later families add
@@ -19,6 +20,19 @@ struct qmr_genarea {
     int float_type;    // kept for sibling libraries, not interpreted
     int second_minus1; // set to -1 by genfill; meaning left to sibling libraries
     int reserved_word;
+    // Calendar state (calendar/today.cpp, calendar/current.cpp): the bits of
+    // qmr::todayflag_..., the quarter-hour bucket of the last clock reading,
+    // the cached or program-set today, today as shifted by DBTODAY, that
+    // shift (DBTODAY minus the clock, DAY(9) TO SECOND), the century, year,
+    // month and day last validated while DBTODAY was read, and the
+    // program-supplied current datetime (not owned).
+    int today_flags;
+    int today_bucket;
+    int today_day;
+    int dbtoday_day;
+    intrvl_t dbtoday_shift;
+    unsigned char dbtoday_parts[4];
+    dtime_t *current_dt;
     void *owned[4];  // buffers freed at thread end
     qmr_tcb_t *root; // back-pointer
 };
@@ -29,14 +43,9 @@ struct qmr_savearea {
     qmr_tcb_t *root; // back-pointer
 };
 
-// A locale environment. The first field is the locale handle; the locale layer
-// fills the rest. A block made for slot 3 on request is QMR_LOCALEBLOCK_SIZE
-// zero bytes, so the record must fit in it.
-struct qmr_glsenv {
-    void *locale; // locale handle
-    unsigned char body[QMR_LOCALEBLOCK_SIZE - sizeof(void *)];
-};
-static_assert(sizeof(qmr_glsenv) == QMR_LOCALEBLOCK_SIZE);
+// A locale environment (locale/environment.hpp): the locale handle first, and
+// small enough for the QMR_LOCALEBLOCK_SIZE zero bytes made for slot 3.
+#include "locale/environment.hpp"
 
 namespace qmr
 {

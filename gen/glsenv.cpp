@@ -22,6 +22,7 @@ namespace
 void store_glsenv(qmr_tcb_t *root, qmr_glsenv_t *env) noexcept
 {
     if (root->glsenv_owned != 0 && root->glsenv != env) {
+        qmr::glsenv_release_members(root->glsenv);
         qmr::mem_release(root->glsenv);
         root->glsenv_owned = 0;
     }

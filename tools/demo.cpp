@@ -64,6 +64,8 @@ int run_demo(int, char **)
 {
     print_catalogue();
     print_context();
+    print_default_locale();
+    print_calendar();
     return 0;
 }
 

@@ -16,6 +16,9 @@ struct Subcommand {
 
 constexpr Subcommand subcommands[] = {
     {"demo", "a tour of the library on its built-in defaults", qmrtool::run_demo},
+    {"locale", "the locale environment for a name, or from CLIENT_LOCALE", qmrtool::run_locale},
+    {"num", "a DECIMAL, INT8 or BIGINT number read and shown in every form", qmrtool::run_num},
+    {"dt", "datetimes and intervals read, extended, added and subtracted", qmrtool::run_dt},
 };
 
 void print_usage(std::FILE *out)

@@ -1,6 +1,7 @@
 // The type catalogue: the SQL and C type rows (sqltypes.def, ctypes.def), the
 // exported code tables sqlctype and sqlstype, and the lookups by code: names,
 // type words, stored and in-memory sizes, alignments, display widths.
+#include "types/catalog.hpp"
 #include "qmr/types.h"
 
 #include <cstddef>
@@ -164,8 +165,7 @@ constexpr int apply(Rule r, int len)
     case Kind::datetime:
         // These widths come from the locale environment (numeric and money
         // conventions, the expanded date format, USE_DTENV and GL_DATETIME),
-        // which this layer cannot set up yet; 0 is the answer the width gives
-        // whenever the environment is unavailable.
+        // which the layers above this one answer.
         return 0;
     }
     return 0;
@@ -295,10 +295,15 @@ int rtypalign(int offset, int type) noexcept
     return static_cast<int>((static_cast<unsigned>(offset) + low) & ~low);
 }
 
-int rtypwidth(int type, int len) noexcept
+namespace qmr
+{
+
+int table_width(int type, int len) noexcept
 {
     return apply(column_row(type).width, len);
 }
+
+} // namespace qmr
 
 int rtosqltype(int ctype) noexcept
 {

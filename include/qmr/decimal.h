@@ -7,6 +7,9 @@
 #include "qmr/export.h"
 
 #define QMR_DECSIZE 16
+/* The most digits after the point (decfcvt) or significant digits (dececvt)
+ * that the per-thread digit-string routines produce. */
+#define QMR_DECCVT_MAXNDIGIT 160
 
 /* Value: (sign 0: minus, 1: plus) x 0.d0 d1 ... d(ndigits-1) x 100^exponent.
  * Zero is ndigits 0, exponent -64, sign 1; null is ndigits 0, exponent 0,
@@ -107,6 +110,112 @@ QMR_API void deccomplement(char *bytes, int n) QMR_NOEXCEPT;
 QMR_API int dec2prec(const dec_t *d) QMR_NOEXCEPT;
 /* Returns: dec2prec(d) with the precision raised to at least the scale. */
 QMR_API int decprec(const dec_t *d) QMR_NOEXCEPT;
+
+/* Binary numbers. The FLOAT null is a double whose 8 bytes are all 0xFF; the
+ * long null is -2147483648 and the int null -32768 (the SMALLINT null). */
+
+/* result = the shortest digit string (at most 17 significant digits) that
+ * reads back as value, so 0.1 becomes exactly 0.1; -0.0 gives zero. The FLOAT
+ * null gives the null decimal. When those digits reach 10^126 result is left
+ * untouched; when they lie below 10^-130 it is set to zero.
+ * Returns: 0, QMR_E_DECOVERFLOW, QMR_E_DECUNDERFLOW, QMR_E_BADFLOAT (NaN or
+ * infinity other than the null; result untouched). */
+QMR_API int deccvdbl(double value, dec_t *result) QMR_NOEXCEPT;
+/* *result = d correctly rounded to the nearest double (ties to even); every
+ * decimal lies inside the double range. The null decimal writes the FLOAT null.
+ * Returns: 0. */
+QMR_API int dectodbl(const dec_t *d, double *result) QMR_NOEXCEPT;
+/* result = value exactly (any long, beyond 32 bits too); the long null gives
+ * the null decimal. Returns: 0. */
+QMR_API int deccvlong(long value, dec_t *result) QMR_NOEXCEPT;
+/* *result = d with its fraction truncated toward zero. A truncated value
+ * outside -2147483647..2147483647 leaves *result untouched; the null decimal
+ * writes the long null. Returns: 0, QMR_E_DECOVERFLOW. */
+QMR_API int dectolong(const dec_t *d, long *result) QMR_NOEXCEPT;
+/* result = value exactly; -32768 (the int null) gives the null decimal.
+ * Returns: 0. */
+QMR_API int deccvint(int value, dec_t *result) QMR_NOEXCEPT;
+/* *result = d truncated toward zero; outside -32767..32767 *result is left
+ * untouched; the null decimal writes -32768. Returns: 0, QMR_E_DECOVERFLOW. */
+QMR_API int dectoint(const dec_t *d, int *result) QMR_NOEXCEPT;
+
+/* Digit strings: the decimal digits of |d| alone, rounded half away from zero,
+ * with *decpt the number of digits before the point (0 or negative when the
+ * first digit lies right of it: "12" with *decpt -1 is 0.012) and *sign 1 for a
+ * negative value, else 0 (also when the digits round to zero). The text lives
+ * in a per-thread buffer that the next call of deccvt, dececvt or decfcvt in
+ * the same thread overwrites. The null decimal gives "" with *decpt and *sign
+ * 0. Zero gives ndigit "0" digits with *decpt 0. */
+
+/* The first ndigit significant digits (ndigit below 1 counts as 1, above
+ * QMR_DECCVT_MAXNDIGIT as that); a carry out of the first digit gives "10..0"
+ * with *decpt one higher. Returns: the digit string. */
+QMR_API char *deccvt(const dec_t *d, int ndigit, int *decpt, int *sign) QMR_NOEXCEPT;
+/* The same as deccvt. */
+QMR_API char *dececvt(const dec_t *d, int ndigit, int *decpt, int *sign) QMR_NOEXCEPT;
+/* The digits down to ndigit places after the point (ndigit below 0 counts as 0,
+ * above QMR_DECCVT_MAXNDIGIT as that): *decpt + ndigit of them. A value that
+ * rounds to zero gives ndigit "0" digits with *decpt 0.
+ * Returns: the digit string. */
+QMR_API char *decfcvt(const dec_t *d, int ndigit, int *decpt, int *sign) QMR_NOEXCEPT;
+/* decfcvt into the caller's buf of buflen bytes, NUL-terminated, with no upper
+ * limit on ndigit. On failure nothing is written.
+ * Returns: 0; QMR_E_BUFTOOSMALL when the digits and the NUL do not fit. */
+QMR_API int qmr_decfcvt(const dec_t *d, int ndigit, int *decpt, int *sign, char *buf,
+                        int buflen) QMR_NOEXCEPT;
+
+/* Text to number: optional blanks (space, tab), an optional "+" or "-", digits
+ * with at most one ".", an optional exponent ("e" or "E", optional sign,
+ * digits), optional blanks. Empty or all-blank text stores the type's null.
+ * On failure *result is left untouched. */
+
+/* *result = the double nearest the text (ties to even).
+ * Returns: 0; QMR_E_NOTNUMBER; QMR_E_FLOATRANGE when a non-zero value rounds
+ * to infinity or to zero. */
+QMR_API int rstod(const char *text, double *result) QMR_NOEXCEPT;
+/* *result = the text's value with any fraction truncated toward zero.
+ * Returns: 0; QMR_E_NOTNUMBER; QMR_E_INTEGERRANGE outside
+ * -2147483647..2147483647. */
+QMR_API int rstol(const char *text, long *result) QMR_NOEXCEPT;
+/* As rstol, for -32767..32767; the blank text stores -32768.
+ * Returns: 0; QMR_E_NOTNUMBER; QMR_E_SMALLINTRANGE. */
+QMR_API int rstoi(const char *text, int *result) QMR_NOEXCEPT;
+
+/* Decimal text in the locale's conventions. deccvasc, dectoasc and
+ * dectoasc_tcb use the thread's local numeric conventions (the locale, or
+ * DBMONEY); the _net forms the fixed default ones (point ".", no thousands
+ * separator, signs "+" and "-"), for text exchanged between machines. */
+
+/* Reads len bytes of text (a NUL within len ends it; len below 1 is empty)
+ * into result: blanks, a sign, digits with one decimal point, thousands
+ * separators and an "e" exponent, or "0x" and hexadecimal digits (read
+ * modulo 2^32);
+ * trailing blanks, then the end or a newline. Digits past the 32nd
+ * significant one are dropped without rounding. In strict mode (unless
+ * QMR_NOT_STRICT_THOUS_SEP is "1") the first thousands separator checks the
+ * integer part's grouping against the locale's: every group the locale's
+ * size, read from the right (an empty grouping means threes), the leftmost
+ * one 1 up to that size. Empty or all-blank text gives the null decimal; on
+ * any error result is the decimal zero. Text longer than 39 bytes is copied
+ * to the heap.
+ * Returns: 0, QMR_E_NOTNUMBER, QMR_E_DECOVERFLOW, QMR_E_DECUNDERFLOW,
+ * QMR_E_NOMEM (no memory for the copy), a negative locale code. */
+QMR_API int deccvasc(const char *text, int len, dec_t *result) QMR_NOEXCEPT;
+QMR_API int deccvasc_net(const char *text, int len, dec_t *result) QMR_NOEXCEPT;
+
+struct qmr_tcb;
+/* Writes d into the len bytes of buf (blank-padded, never NUL-terminated) with
+ * right decimals (right below 0: as many as d carries, at least one), rounded
+ * half away from zero; fewer decimals, then none, when the field is too
+ * narrow, then the exponent form "d.ddde[-]XX"; no negative zero is written.
+ * A null d gives len blanks.
+ * Returns: 0; -1 for a negative len or when even the exponent form does not
+ * fit (buf is then all "*"); QMR_E_NOMEM without a thread context; a negative
+ * locale code. dectoasc_tcb is given the calling thread's context. */
+QMR_API int dectoasc(const dec_t *d, char *buf, int len, int right) QMR_NOEXCEPT;
+QMR_API int dectoasc_net(const dec_t *d, char *buf, int len, int right) QMR_NOEXCEPT;
+QMR_API int dectoasc_tcb(const dec_t *d, char *buf, int len, int right,
+                         struct qmr_tcb *context) QMR_NOEXCEPT;
 
 QMR_END_DECLS
 

@@ -120,8 +120,17 @@ QMR_API int rtypmsize(int type, int len) QMR_NOEXCEPT;
  * (always placed at the start of their own buffer); unknown codes align to 1. */
 QMR_API int rtypalign(int offset, int type) QMR_NOEXCEPT;
 /* Display width in characters of the SQL type in the low 8 bits of type; 0 for
- * codes above 53. DECIMAL, MONEY, DATE and DATETIME depend on the locale
- * environment and give 0 while it is not available. */
+ * codes above 53 and when the thread's locale environment cannot be built.
+ * With p the precision (len >> 8) and s the scale (len & 255), after loading
+ * the money conventions (rmoninit):
+ *   DECIMAL  N + p + 6 for a floating decimal (s 255), else N + p + 1, and
+ *            N + p + 2 when p equals s (room for a leading zero);
+ *   MONEY    M + p + 1 + F + B, plus 1 when p equals s, F and B being the
+ *            byte lengths of the front and back currency symbols;
+ * where N and M are the columns that the decimal point and the monetary
+ * decimal point take beyond one (0 for a point one column wide, as in
+ * en_US, where DECIMAL(16,2) is 17 wide and MONEY(16,2) with "$" 18).
+ * DATE and DATETIME give 0 for now. */
 QMR_API int rtypwidth(int type, int len) QMR_NOEXCEPT;
 /* SQL code for a C code: 0..53 unchanged, 102 gives 2, 100..125 the sqlstype
  * entry, all else -1. */

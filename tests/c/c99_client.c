@@ -56,11 +56,26 @@ static void helpers(void)
     CHECK(strcmp(cl_ext_getenv("QMR_C99_CLIENT"), "yes") == 0);
 }
 
+static void decimal_conversions(void)
+{
+    dec_t d;
+    double x = 0;
+    long l = 0;
+    int decpt = 0, sign = 0;
+    char digits[8];
+    CHECK(deccvdbl(0.1, &d) == 0 && d.exponent == 0 && d.ndigits == 1 && d.digits[0] == 10);
+    CHECK(dectodbl(&d, &x) == 0 && x == 0.1);
+    CHECK(strcmp(decfcvt(&d, 2, &decpt, &sign), "10") == 0 && decpt == 0 && sign == 0);
+    CHECK(qmr_decfcvt(&d, 6, &decpt, &sign, digits, 6) == QMR_E_BUFTOOSMALL);
+    CHECK(rstol(" -42 ", &l) == 0 && deccvlong(l, &d) == 0 && dectolong(&d, &l) == 0 && l == -42);
+}
+
 int main(void)
 {
     catalogue();
     context();
     helpers();
+    decimal_conversions();
     FreeAllTcbs();
     if (failures == 0)
         printf("c99 client: all checks passed\n");
