@@ -44,7 +44,7 @@ unsigned digit(const dec_t *d, int i)
 }
 
 // Sets sign, digit count and the exponent, clamped to its range.
-int set_head(dec_t *d, int sign, int exponent, int n)
+[[gnu::always_inline]] inline int set_head(dec_t *d, int sign, int exponent, int n)
 {
     d->ndigits = static_cast<short>(n);
     d->sign = static_cast<short>(sign);
@@ -74,26 +74,31 @@ int trailing_zero_bytes(u128 run)
            8;
 }
 
+// The byte loop of increment() below, kept for digit bytes above 99: they
+// only come from malformed input or a trial quotient gone wrong, and the carry
+// then follows the char arithmetic of that loop.
+[[gnu::noinline]] bool increment_bytes(u128 &run)
+{
+    char bytes[max_digits];
+    store8(bytes, static_cast<u64>(run >> 64));
+    store8(bytes + 8, static_cast<u64>(run));
+    int i = max_digits - 1;
+    for (; i >= 0; --i) {
+        if (++bytes[i] <= 99)
+            break;
+        bytes[i] = 0;
+    }
+    run = static_cast<u128>(load8(bytes)) << 64 | load8(bytes + 8);
+    return i < 0;
+}
+
 // One more in the last of 16 digit bytes, carried leftwards: a byte passing
-// 99 becomes 0 and the carry goes on. Digit bytes above 99 only come from
-// malformed input or a trial quotient gone wrong; for them the carry follows
-// the char arithmetic of the plain byte loop. Returns true when the carry ran
-// out of the first digit.
+// 99 becomes 0 and the carry goes on. Returns true when the carry ran out of
+// the first digit.
 bool increment(u128 &run)
 {
-    if (((run + repeat16(28)) | run) & repeat16(0x80)) {
-        char bytes[max_digits];
-        store8(bytes, static_cast<u64>(run >> 64));
-        store8(bytes + 8, static_cast<u64>(run));
-        int i = max_digits - 1;
-        for (; i >= 0; --i) {
-            if (++bytes[i] <= 99)
-                break;
-            bytes[i] = 0;
-        }
-        run = static_cast<u128>(load8(bytes)) << 64 | load8(bytes + 8);
-        return i < 0;
-    }
+    if (((run + repeat16(28)) | run) & repeat16(0x80))
+        return increment_bytes(run);
     unsigned out;
     run = add100(run, 0, 1, out);
     return out != 0;
@@ -103,7 +108,8 @@ bool increment(u128 &run)
 // by the 17th (next). A round-up keeps all 16 digits even when the carry
 // leaves zeros at the end, and a carry out of the first digit makes the run
 // 1 0 0 ... one power of 100 higher; otherwise trailing zero digits go.
-int store_rounded(dec_t *d, int sign, int exponent, u128 run, unsigned next)
+[[gnu::always_inline]] inline int store_rounded(dec_t *d, int sign, int exponent, u128 run,
+                                                unsigned next)
 {
     int n = max_digits;
     if (next >= 50) {
@@ -121,7 +127,8 @@ int store_rounded(dec_t *d, int sign, int exponent, u128 run, unsigned next)
 // The normaliser on a run of count words (eight digits each, first digit in
 // the top byte of w[0]) followed by three zero words: the first non-zero digit
 // and the 16 after it are all that the result depends on.
-int store_run(dec_t *d, int sign, int exponent, const u64 *w, int count)
+[[gnu::always_inline]] inline int store_run(dec_t *d, int sign, int exponent, const u64 *w,
+                                            int count)
 {
     int i = 0;
     while (i < count && w[i] == 0)
@@ -137,14 +144,28 @@ int store_run(dec_t *d, int sign, int exponent, const u64 *w, int count)
     return store_rounded(d, sign, exponent - 8 * i - off, run, next);
 }
 
+// The normaliser on a run of eight digits, the rest zero.
+[[gnu::always_inline]] inline int store_word(dec_t *d, int sign, int exponent, u64 w)
+{
+    if (w == 0) {
+        set_zero(d);
+        return 0;
+    }
+    const int off = std::countl_zero(w) / 8;
+    return store_rounded(d, sign, exponent - off, static_cast<u128>(w << (8 * off)) << 64, 0);
+}
+
 // The 18-byte work area of an addition, normalised as decload does it: the
 // carry byte lead (power 100^exponent), the 16 digits of mid, and the 17th
 // place last.
-int store_sum(dec_t *d, int sign, int exponent, unsigned lead, u128 mid, unsigned last)
+[[gnu::always_inline]] inline int store_sum(dec_t *d, int sign, int exponent, unsigned lead,
+                                            u128 mid, unsigned last)
 {
     if (lead != 0)
         return store_rounded(d, sign, exponent, static_cast<u128>(lead) << 120 | mid >> 8,
                              static_cast<unsigned>(mid) & 0xFF);
+    if ((mid >> 120) != 0) // the first digit of l stays the first
+        return store_rounded(d, sign, exponent - 1, mid, last);
     if (mid != 0) {
         const int off = leading_zero_bytes(mid);
         u128 run = mid << (8 * off);
@@ -158,10 +179,11 @@ int store_sum(dec_t *d, int sign, int exponent, unsigned lead, u128 mid, unsigne
     return 0;
 }
 
-// Magnitude order of a and b: -1, 0, 1. A digit run that is a prefix of the
-// other is the smaller one, even when the rest is zeros; so the runs, read as
-// 0 past ndigits, compare as 16-byte numbers and the digit counts break a tie.
-int cmp_magnitude(const dec_t *a, const dec_t *b)
+// Magnitude order of a and b, x and y being their digit runs: -1, 0, 1. A
+// digit run that is a prefix of the other is the smaller one, even when the
+// rest is zeros; so the runs, read as 0 past ndigits, compare as 16-byte
+// numbers and the digit counts break a tie.
+[[gnu::always_inline]] inline int cmp_runs(const dec_t *a, u128 x, const dec_t *b, u128 y)
 {
     if (a->ndigits == 0)
         return b->ndigits == 0 ? 0 : -1;
@@ -169,7 +191,6 @@ int cmp_magnitude(const dec_t *a, const dec_t *b)
         return 1;
     if (a->exponent != b->exponent)
         return a->exponent > b->exponent ? 1 : -1;
-    const u128 x = digits_of(a), y = digits_of(b);
     if (x != y)
         return x > y ? 1 : -1;
     if (a->ndigits == b->ndigits)
@@ -182,8 +203,8 @@ int cmp_magnitude(const dec_t *a, const dec_t *b)
 // carry byte, the 16 digits of l, and a 17th place that only s reaches. The
 // digits of s are aligned by shifting its run right by the difference of
 // exponents; those past the 17th place are dropped without rounding.
-int add_runs(const dec_t *l, u128 big, const dec_t *s, u128 run, bool subtract, int sign,
-             dec_t *result)
+[[gnu::always_inline]] inline int add_runs(const dec_t *l, u128 big, const dec_t *s, u128 run,
+                                           bool subtract, int sign, dec_t *result)
 {
     const int shift = l->exponent - s->exponent; // >= 0 since |l| >= |s|
     u128 small = 0;
@@ -210,14 +231,14 @@ int add_runs(const dec_t *l, u128 big, const dec_t *s, u128 run, bool subtract, 
 }
 
 // a + b, with b's sign given apart so that subtraction needs no copy of b.
-int add_signed(const dec_t *a, const dec_t *b, int b_sign, dec_t *result)
+[[gnu::always_inline]] inline int add_signed(const dec_t *a, const dec_t *b, int b_sign,
+                                             dec_t *result)
 {
     // the larger magnitude goes first and gives its sign; on a tie, a does
     const u128 x = digits_of(a), y = digits_of(b);
-    const bool subtract = a->sign != b_sign;
-    if (cmp_magnitude(a, b) < 0)
-        return add_runs(b, y, a, x, subtract, b_sign, result);
-    return add_runs(a, x, b, y, subtract, a->sign, result);
+    const bool swap = cmp_runs(a, x, b, y) < 0;
+    return add_runs(swap ? b : a, swap ? y : x, swap ? a : b, swap ? x : y, a->sign != b_sign,
+                    swap ? b_sign : a->sign, result);
 }
 
 } // namespace
@@ -271,57 +292,53 @@ int decsub(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 namespace
 {
 
-// The full 32-digit product of two 16-digit runs, as four words. The runs are
-// taken as four numbers below 10^8 each (limbs), so that a product of two is
-// below 10^16 and a column of four such products fits 64 bits; the product
-// digit k + 1 gathers the digit products i + j = k, as in the schoolbook loop.
-void multiply_runs(u128 x, u128 y, u64 *w)
+// The product of two runs of L limbs each (numbers below 10^8, four digits
+// each, the leading limb first) as 2L limbs carried in base 10^8, then as L
+// words of digits. A product of two limbs is below 10^16, so a column of up
+// to four such products fits 64 bits; limb k + 1 gathers the limb products
+// i + j = k, as the schoolbook loop gathers digit products.
+template <int L> void multiply_limbs(const u64 *a, const u64 *b, u64 *w)
 {
-    const u64 qa0 = quads_of(static_cast<u64>(x >> 64)), qa1 = quads_of(static_cast<u64>(x));
-    const u64 qb0 = quads_of(static_cast<u64>(y >> 64)), qb1 = quads_of(static_cast<u64>(y));
-    const u64 a[4] = {qa0 >> 32, qa0 & 0xFFFFFFFFu, qa1 >> 32, qa1 & 0xFFFFFFFFu};
-    const u64 b[4] = {qb0 >> 32, qb0 & 0xFFFFFFFFu, qb1 >> 32, qb1 & 0xFFFFFFFFu};
-    u64 column[7] = {};
-    for (int i = 0; i < 4; ++i) {
-        for (int j = 0; j < 4; ++j)
+    constexpr u64 base = 100000000u;
+    u64 column[2 * L - 1] = {};
+    for (int i = 0; i < L; ++i) {
+        for (int j = 0; j < L; ++j)
             column[i + j] += a[i] * b[j];
     }
-    // Carrying in base 10^8 without a long chain: every column splits into
-    // its two limbs at once, and limb k + 1 takes the low part of column k
-    // and the high part of column k + 1 (below 5 * 10^8); these split once
-    // more, all at once, and the small carries added on leave a limb of 10^8
-    // or more only when its low part was within 4 of 10^8, which is put right
-    // by a plain chain.
-    constexpr u64 base = 100000000u;
-    u64 v[8];
-    u64 high = column[6] / base;
-    v[7] = column[6] - high * base;
-    for (int k = 5; k >= 0; --k) {
-        const u64 h = column[k] / base;
-        v[k + 1] = column[k] - h * base + high;
-        high = h;
+    std::uint32_t limb[2 * L];
+    u64 carry = 0;
+    for (int k = 2 * L - 2; k >= 0; --k) {
+        const u64 v = column[k] + carry;
+        carry = v / base;
+        limb[k + 1] = static_cast<std::uint32_t>(v - carry * base);
     }
-    v[0] = high;
-    std::uint32_t limb[8];
-    bool overflow = false;
-    std::uint32_t carry = 0;
-    for (int k = 7; k >= 0; --k) {
-        const std::uint32_t x32 = static_cast<std::uint32_t>(v[k]);
-        const std::uint32_t c = x32 / base;
-        limb[k] = x32 - c * static_cast<std::uint32_t>(base) + carry;
-        overflow |= limb[k] >= base;
-        carry = c;
+    limb[0] = static_cast<std::uint32_t>(carry);
+    // the last word is only read when the product begins past the first
+    for (int k = 0; k < L; ++k)
+        w[k] = k < 3 || w[0] == 0 ? digits_from(limb[2 * k], limb[2 * k + 1]) : 0;
+}
+
+// The 32-digit product of two 16-digit runs, as four words (the product digit
+// k + 1 gathers the digit products i + j = k). The runs are taken as limbs of
+// four digits, and only as many limbs as the longer operand needs.
+void multiply_runs(const dec_t *x, const dec_t *y, u64 *w)
+{
+    const u128 rx = digits_of(x), ry = digits_of(y);
+    const u64 qa0 = quads_of(static_cast<u64>(rx >> 64)),
+              qb0 = quads_of(static_cast<u64>(ry >> 64));
+    const int longer = x->ndigits > y->ndigits ? x->ndigits : y->ndigits;
+    if (longer <= 4) {
+        const u64 a = qa0 >> 32, b = qb0 >> 32;
+        multiply_limbs<1>(&a, &b, w);
+    } else if (longer <= 8) {
+        const u64 a[2] = {qa0 >> 32, qa0 & 0xFFFFFFFFu}, b[2] = {qb0 >> 32, qb0 & 0xFFFFFFFFu};
+        multiply_limbs<2>(a, b, w);
+    } else {
+        const u64 qa1 = quads_of(static_cast<u64>(rx)), qb1 = quads_of(static_cast<u64>(ry));
+        const u64 a[4] = {qa0 >> 32, qa0 & 0xFFFFFFFFu, qa1 >> 32, qa1 & 0xFFFFFFFFu};
+        const u64 b[4] = {qb0 >> 32, qb0 & 0xFFFFFFFFu, qb1 >> 32, qb1 & 0xFFFFFFFFu};
+        multiply_limbs<4>(a, b, w);
     }
-    if (overflow) {
-        carry = 0;
-        for (int k = 7; k >= 0; --k) {
-            limb[k] += carry;
-            carry = limb[k] >= base ? 1 : 0;
-            limb[k] -= carry * static_cast<std::uint32_t>(base);
-        }
-    }
-    for (int k = 0; k < 4; ++k)
-        w[k] = digits_from(limb[2 * k], limb[2 * k + 1]);
 }
 
 } // namespace
@@ -332,9 +349,18 @@ int decmul(const dec_t *a, const dec_t *b, dec_t *result) noexcept
         set_null(result);
         return 0;
     }
+    const int sign = a->sign == b->sign ? 1 : 0;
+    const int exponent = a->exponent + b->exponent;
+    if (a->ndigits <= 4 && b->ndigits <= 4) {
+        // four digits or fewer each (eight decimal digits, as most amounts
+        // are): one product below 10^16, the first eight product digits
+        const u64 x = quads_of(static_cast<u64>(digits_of(a) >> 64)) >> 32;
+        const u64 y = quads_of(static_cast<u64>(digits_of(b) >> 64)) >> 32;
+        return store_word(result, sign, exponent, digits_from(x * y));
+    }
     u64 w[7] = {};
-    multiply_runs(digits_of(a), digits_of(b), w);
-    return store_run(result, a->sign == b->sign ? 1 : 0, a->exponent + b->exponent, w, 4);
+    multiply_runs(a, b, w);
+    return store_run(result, sign, exponent, w, 4);
 }
 
 namespace
@@ -536,7 +562,7 @@ int deccmp(const dec_t *a, const dec_t *b) noexcept
         return -2;
     if (a->sign != b->sign)
         return a->sign == 1 ? 1 : -1;
-    const int m = cmp_magnitude(a, b);
+    const int m = cmp_runs(a, digits_of(a), b, digits_of(b));
     return a->sign == 1 ? m : -m;
 }
 

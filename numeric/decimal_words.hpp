@@ -78,11 +78,16 @@ inline u128 digits_of(const dec_t *d)
 // bytes as they were.
 inline void put_digits(dec_t *d, u128 run, int n)
 {
+    if (n == QMR_DECSIZE) {
+        store8(d->digits, static_cast<u64>(run >> 64));
+        store8(d->digits + 8, static_cast<u64>(run));
+        return;
+    }
     const u128 keep = first_digits(static_cast<unsigned>(n));
-    const u128 old = static_cast<u128>(load8(d->digits)) << 64 | load8(d->digits + 8);
-    const u128 merged = (run & keep) | (old & ~keep);
-    store8(d->digits, static_cast<u64>(merged >> 64));
-    store8(d->digits + 8, static_cast<u64>(merged));
+    const u64 keep0 = static_cast<u64>(keep >> 64), keep1 = static_cast<u64>(keep);
+    store8(d->digits, (static_cast<u64>(run >> 64) & keep0) | (load8(d->digits) & ~keep0));
+    if (n > 8)
+        store8(d->digits + 8, (static_cast<u64>(run) & keep1) | (load8(d->digits + 8) & ~keep1));
 }
 
 // Brings the bytes of a biased sum or a difference back to digits: a byte
@@ -160,7 +165,8 @@ inline u64 digits_from(u64 v)
 // The word made of the bytes from byte off of a onwards, continued by b.
 inline u64 funnel(u64 a, u64 b, int off)
 {
-    return static_cast<u64>((static_cast<u128>(a) << 64 | b) >> (64 - 8 * off));
+    const int s = 8 * off; // 0..56; b is shifted in two steps so that s = 0 needs no case
+    return a << s | (b >> 1) >> (63 - s);
 }
 
 } // namespace qmr::decwords
