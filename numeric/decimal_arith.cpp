@@ -130,7 +130,7 @@ bool increment(u128 &run)
 [[gnu::always_inline]] inline int store_run(dec_t *d, int sign, int exponent, const u64 *w,
                                             int count)
 {
-    int i = 0;
+    int i = 0; // the first word is most often the first non-zero one
     while (i < count && w[i] == 0)
         ++i;
     if (i == count) {
@@ -138,9 +138,12 @@ bool increment(u128 &run)
         return 0;
     }
     const int off = std::countl_zero(w[i]) / 8;
+    if (off == 0)
+        return store_rounded(d, sign, exponent - 8 * i, static_cast<u128>(w[i]) << 64 | w[i + 1],
+                             static_cast<unsigned>(w[i + 2] >> 56));
     const u128 run =
         static_cast<u128>(funnel(w[i], w[i + 1], off)) << 64 | funnel(w[i + 1], w[i + 2], off);
-    const unsigned next = static_cast<unsigned>(funnel(w[i + 2], w[i + 3], off) >> 56);
+    const unsigned next = static_cast<unsigned>(w[i + 2] >> (56 - 8 * off)) & 0xFF;
     return store_rounded(d, sign, exponent - 8 * i - off, run, next);
 }
 
@@ -313,9 +316,25 @@ template <int L> void multiply_limbs(const u64 *a, const u64 *b, u64 *w)
         limb[k + 1] = static_cast<std::uint32_t>(v - carry * base);
     }
     limb[0] = static_cast<std::uint32_t>(carry);
-    // the last word is only read when the product begins past the first
-    for (int k = 0; k < L; ++k)
-        w[k] = k < 3 || w[0] == 0 ? digits_from(limb[2 * k], limb[2 * k + 1]) : 0;
+    if constexpr (L < 4) {
+        for (int k = 0; k < L; ++k)
+            w[k] = digits_from(limb[2 * k], limb[2 * k + 1]);
+    } else {
+        // The normaliser reads the 17 digits from the first non-zero one. The
+        // product of two leading digits that are not 0 begins in the first or
+        // second place, and then only places 16 and 17 of the third word
+        // count: the two leading digits of its first limb.
+        w[0] = digits_from(limb[0], limb[1]);
+        w[1] = digits_from(limb[2], limb[3]);
+        if ((w[0] >> 48) != 0) {
+            const std::uint32_t pair = limb[4] / 10000;
+            w[2] = static_cast<u64>(pair / 100) << 56 | static_cast<u64>(pair % 100) << 48;
+            w[3] = 0;
+        } else {
+            w[2] = digits_from(limb[4], limb[5]);
+            w[3] = digits_from(limb[6], limb[7]);
+        }
+    }
 }
 
 // The 32-digit product of two 16-digit runs, as four words (the product digit
@@ -556,13 +575,41 @@ void decround(dec_t *d, int s) noexcept
     dectrunc(d, s);
 }
 
+namespace
+{
+
+// Magnitude order of two non-zero records of the same exponent: the first
+// digit that differs within the shorter run decides, else the longer run is
+// the larger. Raw words are compared, eight digits at a time, and a
+// difference past the shorter run (in bytes past ndigits) is ignored.
+int cmp_digits(const dec_t *a, const dec_t *b)
+{
+    const int na = a->ndigits, nb = b->ndigits;
+    const int n = na < nb ? na : nb;
+    const int by_length = (na > nb) - (na < nb);
+    for (int at = 0; at < n; at += 8) {
+        const u64 x = load8(a->digits + at), y = load8(b->digits + at);
+        if (x != y)
+            return at + std::countl_zero(x ^ y) / 8 < n ? (x > y ? 1 : -1) : by_length;
+    }
+    return by_length;
+}
+
+} // namespace
+
 int deccmp(const dec_t *a, const dec_t *b) noexcept
 {
     if (is_null(a) || is_null(b))
         return -2;
     if (a->sign != b->sign)
         return a->sign == 1 ? 1 : -1;
-    const int m = cmp_runs(a, digits_of(a), b, digits_of(b));
+    int m;
+    if (a->ndigits == 0 || b->ndigits == 0)
+        m = (a->ndigits != 0) - (b->ndigits != 0);
+    else if (a->exponent != b->exponent)
+        m = a->exponent > b->exponent ? 1 : -1;
+    else
+        m = cmp_digits(a, b);
     return a->sign == 1 ? m : -m;
 }
 

@@ -220,6 +220,21 @@ TEST(DecOracle, CompareRoundTruncMatchReference)
         const Where where{seed, iter, &a, &b};
         ASSERT_EQ(deccmp(&a, &b), ref::deccmp(&a, &b)) << where;
         ASSERT_EQ(deccmp(&a, &a), ref::deccmp(&a, &a)) << where;
+        // a near twin of a: one digit, or the digit count, or the sign moved,
+        // so that long equal prefixes reach the digit comparison
+        dec_t twin = a;
+        const int change = gen.g.uniform(0, 3);
+        if (change == 0 && twin.ndigits > 0)
+            twin.digits[gen.g.uniform(0, twin.ndigits - 1)] =
+                static_cast<char>(gen.g.uniform(0, 99));
+        else if (change == 1 && twin.ndigits > 1)
+            twin.ndigits = static_cast<short>(twin.ndigits - 1);
+        else if (change == 2 && twin.ndigits > 0 && twin.ndigits < QMR_DECSIZE)
+            twin.digits[twin.ndigits++] = static_cast<char>(gen.g.uniform(0, 99));
+        else if (twin.sign != -1)
+            twin.sign = static_cast<short>(1 - twin.sign);
+        ASSERT_EQ(deccmp(&a, &twin), ref::deccmp(&a, &twin)) << where << rec(twin);
+        ASSERT_EQ(deccmp(&twin, &a), ref::deccmp(&twin, &a)) << where << rec(twin);
         const int s = gen.scale();
         dec_t r1 = a, r2 = a;
         decround(&r1, s);
