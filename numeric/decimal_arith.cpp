@@ -201,6 +201,26 @@ bool increment(u128 &run)
     return a->ndigits > b->ndigits ? 1 : -1;
 }
 
+// add_runs below when both digit runs lie in l's first eight places: one word
+// and its carry byte, nine digits at most, so nothing rounds.
+int add_words(const dec_t *l, u64 big, u64 small, bool subtract, int sign, dec_t *result)
+{
+    unsigned out;
+    u64 lead;
+    u64 mid;
+    if (subtract) {
+        mid = sub100(big, small, out);
+        lead = out != 0 ? 99 : 0;
+    } else {
+        mid = add100(big, small, out);
+        lead = out;
+    }
+    if (lead != 0)
+        return store_rounded(result, sign, l->exponent + 1,
+                             static_cast<u128>(lead << 56 | mid >> 8) << 64 | mid << 56, 0);
+    return store_word(result, sign, l->exponent, mid);
+}
+
 // Adds (or subtracts, when subtract is set) the magnitude of s to that of l,
 // |l| >= |s|, big and run being their digit runs, in an 18-byte work area: a
 // carry byte, the 16 digits of l, and a 17th place that only s reaches. The
@@ -210,6 +230,9 @@ bool increment(u128 &run)
                                            bool subtract, int sign, dec_t *result)
 {
     const int shift = l->exponent - s->exponent; // >= 0 since |l| >= |s|
+    if (l->ndigits <= 8 && shift < 8 && shift + s->ndigits <= 8)
+        return add_words(l, static_cast<u64>(big >> 64), static_cast<u64>(run >> 64) >> (8 * shift),
+                         subtract, sign, result);
     u128 small = 0;
     unsigned last = 0; // the digit of s in the 17th place
     if (shift == 0) {

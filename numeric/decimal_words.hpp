@@ -104,6 +104,21 @@ inline u128 unbias(u128 total)
            unbias(static_cast<u64>(total));
 }
 
+// add100 and sub100 on eight digits.
+inline u64 add100(u64 a, u64 b, unsigned &carry_out)
+{
+    const u64 total = a + 0x9C9C9C9C9C9C9C9Cu + b;
+    carry_out = static_cast<unsigned>(total >> 63) ^ 1;
+    return unbias(total);
+}
+
+inline u64 sub100(u64 a, u64 b, unsigned &borrow_out)
+{
+    const u64 total = a - b;
+    borrow_out = static_cast<unsigned>(total >> 63);
+    return unbias(total);
+}
+
 // a + b + carry_in on 16 base-100 digit bytes at once. Each byte of a is
 // biased by 156 first, so a byte sum of 100 or more carries into the next byte
 // as a binary carry does and leaves a digit below 100; a byte that did not
