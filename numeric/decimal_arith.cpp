@@ -125,7 +125,7 @@ bool increment(u128 &run)
 }
 
 // The normaliser on a run of count words (eight digits each, first digit in
-// the top byte of w[0]) followed by three zero words: the first non-zero digit
+// the top byte of w[0]) followed by two zero words: the first non-zero digit
 // and the 16 after it are all that the result depends on.
 [[gnu::always_inline]] inline int store_run(dec_t *d, int sign, int exponent, const u64 *w,
                                             int count)
@@ -362,17 +362,14 @@ template <int L> void multiply_limbs(const u64 *a, const u64 *b, u64 *w)
 
 // The 32-digit product of two 16-digit runs, as four words (the product digit
 // k + 1 gathers the digit products i + j = k). The runs are taken as limbs of
-// four digits, and only as many limbs as the longer operand needs.
+// four digits: two of each when both runs have eight digits or fewer.
 void multiply_runs(const dec_t *x, const dec_t *y, u64 *w)
 {
     const u128 rx = digits_of(x), ry = digits_of(y);
     const u64 qa0 = quads_of(static_cast<u64>(rx >> 64)),
               qb0 = quads_of(static_cast<u64>(ry >> 64));
     const int longer = x->ndigits > y->ndigits ? x->ndigits : y->ndigits;
-    if (longer <= 4) {
-        const u64 a = qa0 >> 32, b = qb0 >> 32;
-        multiply_limbs<1>(&a, &b, w);
-    } else if (longer <= 8) {
+    if (longer <= 8) {
         const u64 a[2] = {qa0 >> 32, qa0 & 0xFFFFFFFFu}, b[2] = {qb0 >> 32, qb0 & 0xFFFFFFFFu};
         multiply_limbs<2>(a, b, w);
     } else {
