@@ -1,5 +1,6 @@
-// Decimal arithmetic on 30-digit and short operands beside the peers that need
-// no extra package: GCC's built-in _Decimal128 and an __int128 floor.
+// Decimal arithmetic on 30-digit and short operands beside the libstdc++
+// decimal128 class and an __int128 floor; the other peers are in
+// bench_decimal_peers.cpp.
 #include <benchmark/benchmark.h>
 
 #include "qmr/decimal.h"
@@ -44,36 +45,42 @@ BENCHMARK_CAPTURE(BM_Dec, sub_30digits, decsub, long_a, long_b);
 BENCHMARK_CAPTURE(BM_Dec, mul_30digits, decmul, long_a, long_b);
 BENCHMARK_CAPTURE(BM_Dec, div_30digits, decdiv, long_a, long_b);
 BENCHMARK_CAPTURE(BM_Dec, add_short, decadd, short_a, short_b);
+BENCHMARK_CAPTURE(BM_Dec, sub_short, decsub, short_a, short_b);
 BENCHMARK_CAPTURE(BM_Dec, mul_short, decmul, short_a, short_b);
 BENCHMARK_CAPTURE(BM_Dec, div_short, decdiv, short_a, short_b);
 
-void BM_DecCmp(benchmark::State &state)
+void BM_DecCmp(benchmark::State &state, const dec_t &a, const dec_t &b)
 {
     for (auto _ : state)
-        benchmark::DoNotOptimize(deccmp(&long_a, &long_b));
+        benchmark::DoNotOptimize(deccmp(&a, &b));
 }
-BENCHMARK(BM_DecCmp);
+BENCHMARK_CAPTURE(BM_DecCmp, cmp_30digits, long_a, long_b);
+BENCHMARK_CAPTURE(BM_DecCmp, cmp_short, short_a, short_b);
 
-void BM_DecRound(benchmark::State &state)
+// Rounding to 2 decimal places (half away from zero) of a copy of the operand.
+void BM_DecRound(benchmark::State &state, const dec_t &a)
 {
     for (auto _ : state) {
-        dec_t d = long_a;
+        dec_t d = a;
         decround(&d, 2);
         benchmark::DoNotOptimize(d);
     }
 }
-BENCHMARK(BM_DecRound);
+BENCHMARK_CAPTURE(BM_DecRound, round2_30digits, long_a);
+BENCHMARK_CAPTURE(BM_DecRound, round2_short, short_a);
 
-void BM_DecStoreLoad(benchmark::State &state)
+// A DECIMAL(32) column's 17 stored bytes written and read back.
+void BM_DecStoreLoad(benchmark::State &state, const dec_t &a)
 {
     char stored[17];
     dec_t d;
     for (auto _ : state) {
-        stdecimal(&long_a, stored, sizeof stored);
+        stdecimal(&a, stored, sizeof stored);
         benchmark::DoNotOptimize(lddecimal(stored, sizeof stored, &d));
     }
 }
-BENCHMARK(BM_DecStoreLoad);
+BENCHMARK_CAPTURE(BM_DecStoreLoad, storeload_30digits, long_a);
+BENCHMARK_CAPTURE(BM_DecStoreLoad, storeload_short, short_a);
 
 #if defined(__GNUC__) && !defined(__clang__)
 using std::decimal::decimal128;
@@ -97,6 +104,7 @@ template <typename Op> void BM_D128(benchmark::State &state, Op op)
     }
 }
 BENCHMARK_CAPTURE(BM_D128, add_30digits, [](decimal128 x, decimal128 y) { return x + y; });
+BENCHMARK_CAPTURE(BM_D128, sub_30digits, [](decimal128 x, decimal128 y) { return x - y; });
 BENCHMARK_CAPTURE(BM_D128, mul_30digits, [](decimal128 x, decimal128 y) { return x * y; });
 BENCHMARK_CAPTURE(BM_D128, div_30digits, [](decimal128 x, decimal128 y) { return x / y; });
 BENCHMARK_CAPTURE(BM_D128, cmp_30digits, [](decimal128 x, decimal128 y) { return x < y ? x : y; });
