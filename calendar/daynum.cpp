@@ -23,12 +23,13 @@ int mdy_to_day(int month, int day, int year, int *jdate) noexcept
         return QMR_E_BADMONTH;
     if (day < 1 || day > month_length(month, year))
         return QMR_E_BADDAY;
-    int y = year - (month <= 2 ? 1 : 0);                                     // [0, 9999]
-    int era = y / 400;                                                       // [0, 24]
-    int yoe = y - era * 400;                                                 // [0, 399]
-    int doy = (153 * (month > 2 ? month - 3 : month + 9) + 2) / 5 + day - 1; // [0, 365]
-    int doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;                         // [0, 146096]
-    *jdate = era * 146097 + doe - era_offset;
+    unsigned y = static_cast<unsigned>(year - (month <= 2 ? 1 : 0)); // [0, 9999]
+    unsigned era = y / 400;                                          // [0, 24]
+    unsigned yoe = y - era * 400;                                    // [0, 399]
+    unsigned mp = static_cast<unsigned>(month > 2 ? month - 3 : month + 9);
+    unsigned doy = (153 * mp + 2) / 5 + static_cast<unsigned>(day) - 1; // [0, 365]
+    unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;               // [0, 146096]
+    *jdate = static_cast<int>(era * 146097 + doe) - era_offset;
     return 0;
 }
 
@@ -60,21 +61,22 @@ int rdayofweek(int jdate) noexcept
 
 int rjulmdy(int jdate, short mdy[3]) noexcept
 {
-    if (jdate == QMR_DATE_NULL) {
+    // One unsigned comparison takes the valid range; the null date lies
+    // outside it and is told apart only there.
+    constexpr unsigned span = QMR_DATE_MAX - QMR_DATE_MIN;
+    if (static_cast<unsigned>(jdate) - static_cast<unsigned>(QMR_DATE_MIN) > span) {
         mdy[0] = mdy[1] = mdy[2] = 0;
-        return 0;
+        return jdate == QMR_DATE_NULL ? 0 : QMR_E_DATERANGE;
     }
-    if (jdate < QMR_DATE_MIN || jdate > QMR_DATE_MAX) {
-        mdy[0] = mdy[1] = mdy[2] = 0;
-        return QMR_E_DATERANGE;
-    }
-    int z = jdate + era_offset;                                      // [306, 3652364]
-    int era = z / 146097;                                            // [0, 24]
-    int doe = z - era * 146097;                                      // [0, 146096]
-    int yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365; // [0, 399]
-    int doy = doe - (365 * yoe + yoe / 4 - yoe / 100);               // [0, 365] from 1 March
-    int mp = (5 * doy + 2) / 153;                                    // [0, 11] from March
-    int month = mp < 10 ? mp + 3 : mp - 9;                           // [1, 12]
+    // Unsigned: every quantity is non-negative in range, and unsigned
+    // division by a constant is a plain multiply and shift.
+    unsigned z = static_cast<unsigned>(jdate + era_offset);               // [306, 3652364]
+    unsigned era = z / 146097;                                            // [0, 24]
+    unsigned doe = z - era * 146097;                                      // [0, 146096]
+    unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365; // [0, 399]
+    unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);               // [0, 365] from 1 March
+    unsigned mp = (5 * doy + 2) / 153;                                    // [0, 11] from March
+    unsigned month = mp < 10 ? mp + 3 : mp - 9;                           // [1, 12]
     mdy[0] = static_cast<short>(month);
     mdy[1] = static_cast<short>(doy - (153 * mp + 2) / 5 + 1);
     mdy[2] = static_cast<short>(yoe + era * 400 + (month <= 2 ? 1 : 0));

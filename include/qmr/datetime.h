@@ -152,8 +152,10 @@ QMR_API int invextend(const intrvl_t *in, intrvl_t *out) QMR_NOEXCEPT;
  * Returns: 0; QMR_E_BADQUALIFIER; QMR_E_BADQUALIFIERS when dt does not cover
  * inv (dt must reach inv's end and not start after inv's start unless inv
  * starts at SECOND); QMR_E_BADDATETIME for a result that is no datetime of the
- * qualifier (a carry out of its first field when that is below YEAR); and
- * QMR_E_BADYEAR for a date past 9999 or before 1. out is null on failure. */
+ * qualifier (a carry out of a first field below YEAR, a DAY-start day outside
+ * 1..31, a year outside 1..9999 after a year-month interval); QMR_E_BADYEAR
+ * for a date past 9999 or before 1 after a day-time interval; the codes of
+ * rdttodate for a date that does not exist. out is null on failure. */
 QMR_API int dtaddinv(const dtime_t *dt, const intrvl_t *inv, dtime_t *out) QMR_NOEXCEPT;
 QMR_API int rdtaddinv(const dec_t *dt, int dtqual, const dec_t *inv, int invqual,
                       dec_t *out) QMR_NOEXCEPT;
