@@ -291,10 +291,9 @@ int open_mbcs(Locale &loc) noexcept
 
 // Writes a text of the Unicode library in the locale's code set. A space
 // the code set lacks becomes NO-BREAK SPACE, or SPACE; any other missing
-// character fails the text when fail_on_missing is set (the caller then has
-// a fallback of its own), else becomes '?'.
-bool put_text(const Locale &loc, const UChar *text, int32_t len, char *out, std::size_t room,
-              bool fail_on_missing) noexcept
+// character fails the text (false), and the caller decides what that means.
+bool put_text(const Locale &loc, const UChar *text, int32_t len, char *out,
+              std::size_t room) noexcept
 {
     std::size_t at = 0;
     for (int32_t i = 0; i < len;) {
@@ -307,12 +306,8 @@ bool put_text(const Locale &loc, const UChar *text, int32_t len, char *out, std:
             if (n < 0)
                 n = encode_char(loc, ' ', bytes);
         }
-        if (n < 0) {
-            if (fail_on_missing)
-                return false;
-            bytes[0] = '?';
-            n = 1;
-        }
+        if (n < 0)
+            return false;
         if (at + static_cast<std::size_t>(n) >= room)
             break; // the names and symbols are short; cut at a character
         std::memcpy(out + at, bytes, static_cast<std::size_t>(n));
@@ -332,10 +327,14 @@ int fill_names(Locale &loc, const LocaleName &time) noexcept
         return status == U_MEMORY_ALLOCATION_ERROR ? QMR_E_GLS_CREATE : QMR_E_GLS_CATEGORIES;
     data_loads.fetch_add(1, std::memory_order_relaxed);
     UChar text[96];
+    // A name the code set cannot write means the language cannot be served in
+    // it (Russian names in Latin-1): the build fails rather than print '?'.
+    bool writable = true;
     auto symbol = [&](UDateFormatSymbolType type, int index, char *out, std::size_t room) {
         UErrorCode st = U_ZERO_ERROR;
         int32_t len = udat_getSymbols(fmt, type, index, text, 96, &st);
-        put_text(loc, text, U_SUCCESS(st) ? std::min(len, int32_t{96}) : 0, out, room, false);
+        if (!put_text(loc, text, U_SUCCESS(st) ? std::min(len, int32_t{96}) : 0, out, room))
+            writable = false;
     };
     for (int m = 0; m < 12; ++m) {
         symbol(UDAT_SHORT_MONTHS, m, loc.month_abbr[m], sizeof loc.month_abbr[m]);
@@ -349,7 +348,7 @@ int fill_names(Locale &loc, const LocaleName &time) noexcept
     loc.gregorian =
         U_SUCCESS(status) && calendar != nullptr && std::strcmp(calendar, "gregorian") == 0;
     udat_close(fmt);
-    return 0;
+    return writable ? 0 : QMR_E_GLS_CATEGORIES;
 }
 
 UNumberFormat *open_number_format(const LocaleName &name, UNumberFormatStyle style,
@@ -373,7 +372,7 @@ void put_symbol(const Locale &loc, UNumberFormat *fmt, UNumberFormatSymbol which
     UChar text[40];
     UErrorCode status = U_ZERO_ERROR;
     int32_t len = unum_getSymbol(fmt, which, text, 40, &status);
-    if (U_FAILURE(status) || !put_text(loc, text, std::min(len, int32_t{40}), out, room, true))
+    if (U_FAILURE(status) || !put_text(loc, text, std::min(len, int32_t{40}), out, room))
         std::strcpy(out, fallback);
 }
 

@@ -76,8 +76,9 @@ QMR_API int *qmr_gl_errno_location(void) QMR_NOEXCEPT;
  *   -23110 a malformed name (not ll_CC.codeset, longer than 39 bytes);
  *   -23104 a code set that is not in the list above, or that the Unicode
  *          library cannot convert;
- *   -23101 a language and territory without locale data, or a category taken
- *          from a locale of another code set;
+ *   -23101 a language and territory without locale data, a language whose
+ *          month or day names the code set cannot write (ru_RU.8859-1), or a
+ *          category taken from a locale of another code set;
  *   -23108 no memory for the locale structures.
  * A failed build leaves the environment unbuilt; the next call tries again. */
 QMR_API int chkglsinit(void) QMR_NOEXCEPT;

@@ -175,6 +175,7 @@ const NameRow name_rows[] = {
     {"zh_CN.utf8", 0, "zh_CN.utf8"},
     {"xx_YY.8859-1", QMR_E_GLS_CATEGORIES, nullptr},
     {"en_ZZ.utf8", QMR_E_GLS_CATEGORIES, nullptr},
+    {"ru_RU.8859-1", QMR_E_GLS_CATEGORIES, nullptr}, // Cyrillic names in Latin-1
     {"en_US.klingon", QMR_E_GLS_CONVERTER, nullptr},
     {"de_DE.1047", QMR_E_GLS_CONVERTER, nullptr},
     {"en_US", QMR_E_GLS_ENVVAR, nullptr},
