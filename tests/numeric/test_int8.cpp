@@ -385,17 +385,6 @@ TEST(Int8Decimal, ExactBothWaysAndTruncatedInPlace)
 
 TEST(Int8Text, WritesAndReadsThroughBigintText)
 {
-    std::mt19937_64 rng(9);
-    for (int i = 0; i < 30000; ++i) {
-        const i128 v = next(rng);
-        const qmr_int8_t a = rec(v);
-        char text[32];
-        ASSERT_EQ(qmr_int8tostr(&a, text, 25), 0);
-        ASSERT_EQ(std::string(text), dectest::show(v));
-        qmr_int8_t back = garbage();
-        ASSERT_EQ(qmr_int8cvasc(text, static_cast<int>(std::strlen(text)), &back), 0);
-        ASSERT_TRUE(same(back, a));
-    }
     struct Row {
         qmr_int8_t a;
         int len, radix, rc;
