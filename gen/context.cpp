@@ -47,10 +47,14 @@ void **slot_of(qmr_tcb_t *root, int slot) noexcept
     }
 }
 
-// A copy of this thread's context key value, so that the hot path is one
-// thread-local load. The key is only ever set in this file, which keeps the
-// copy in step; the key stays the authority for everything else.
-thread_local qmr_tcb_t *cached_root __attribute__((tls_model("initial-exec"))) = nullptr;
+} // namespace
+
+// The key is only ever set in this file, which keeps the copy in step; the key
+// stays the authority for everything else.
+constinit thread_local qmr_tcb_t *cached_root __attribute__((tls_model("initial-exec"))) = nullptr;
+
+namespace
+{
 
 void set_context_key(qmr_tcb_t *root) noexcept
 {
@@ -159,16 +163,6 @@ qmr_genarea_t *gen_area_of(qmr_tcb_t *root, bool made_keys, int api_result) noex
             gen->generr = api_result;
     }
     return gen;
-}
-
-qmr_tcb_t *tcb_fast() noexcept
-{
-    // An initialised root keeps all its areas until it is freed whole.
-    qmr_tcb_t *root = cached_root;
-    if (root != nullptr && root->initialised == 1 && THR_FUNC_INIT != 0 &&
-        process().keys_created.load(std::memory_order_relaxed) != 0)
-        return root;
-    return nullptr;
 }
 
 qmr_tcb_t *tcb_slow() noexcept

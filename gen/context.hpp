@@ -80,11 +80,21 @@ struct ProcessState {
     std::atomic<int> glsenv_count{0}; // environments besides the default one
 };
 
-ProcessState &process() noexcept;
+// The one process state and the default locale environment (shared by every
+// thread that has not chosen another one) are zero-initialised at load time,
+// so the accessors are plain address computations.
+extern constinit ProcessState process_state;
+extern constinit qmr_glsenv default_glsenv_record;
 
-// The default locale environment, shared by every thread that has not chosen
-// another one.
-qmr_glsenv_t *default_glsenv() noexcept;
+inline ProcessState &process() noexcept
+{
+    return process_state;
+}
+
+inline qmr_glsenv_t *default_glsenv() noexcept
+{
+    return &default_glsenv_record;
+}
 
 // Takes and releases the process's one-time lock, making it on first use.
 int once_lock() noexcept;
@@ -96,9 +106,29 @@ int start_checks(bool *made_keys, int *api_result) noexcept;
 // This thread's general area, made and filled when new; the interface check's
 // result becomes its general error when made_keys is set.
 qmr_genarea_t *gen_area_of(qmr_tcb_t *root, bool made_keys, int api_result) noexcept;
+// A copy of this thread's context key value, so that the hot path is one
+// thread-local load (kept in step with the key by gen/context.cpp only).
+extern constinit thread_local qmr_tcb_t *cached_root __attribute__((tls_model("initial-exec")));
+
 // The context when it is complete, or null: the hot path of CheckAlltcbInit.
-qmr_tcb_t *tcb_fast() noexcept;
+inline qmr_tcb_t *tcb_fast() noexcept
+{
+    // An initialised root keeps all its areas until it is freed whole.
+    qmr_tcb_t *root = cached_root;
+    if (root != nullptr && root->initialised == 1 && THR_FUNC_INIT != 0 &&
+        process().keys_created.load(std::memory_order_relaxed) != 0)
+        return root;
+    return nullptr;
+}
 qmr_tcb_t *tcb_slow() noexcept;
+
+// CheckAlltcbInit without the call through the exported entry point, for the
+// library's own hot paths.
+inline qmr_tcb_t *thread_root() noexcept
+{
+    qmr_tcb_t *root = tcb_fast();
+    return root != nullptr ? root : tcb_slow();
+}
 
 // The keys and locks, made once; `made_now` tells whether this call made them.
 // Returns 0, or -1 when they could not be made (they are not retried).

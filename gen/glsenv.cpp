@@ -7,11 +7,7 @@
 namespace qmr
 {
 
-qmr_glsenv_t *default_glsenv() noexcept
-{
-    static qmr_glsenv env{};
-    return &env;
-}
+constinit qmr_glsenv default_glsenv_record{};
 
 } // namespace qmr
 

@@ -105,11 +105,7 @@ int make_keys_if_absent() noexcept
 }
 } // namespace
 
-ProcessState &process() noexcept
-{
-    static ProcessState state;
-    return state;
-}
+constinit ProcessState process_state;
 
 int ensure_keys(bool *made_now) noexcept
 {

@@ -4,7 +4,6 @@
 #include "qmr/bigint.h"
 
 #include <cmath>
-#include <cstring>
 
 #include "numeric/bigint.hpp"
 
@@ -12,25 +11,11 @@ namespace
 {
 
 using qmr::bigint_null;
+using qmr::is_float_null;
+using qmr::set_float_null;
 
 // The base-100 digits of 2^63-1, the largest integer part that fits.
 constexpr unsigned char max_pairs[10] = {9, 22, 33, 72, 3, 68, 54, 77, 58, 7};
-
-// All bytes 0xFF: the null of the FLOAT and SMALLFLOAT types, itself a NaN.
-template <typename F> bool is_float_null(F x)
-{
-    unsigned char bytes[sizeof x];
-    std::memcpy(bytes, &x, sizeof x);
-    for (unsigned char b : bytes)
-        if (b != 0xFF)
-            return false;
-    return true;
-}
-
-template <typename F> void set_float_null(F *x)
-{
-    std::memset(x, 0xFF, sizeof *x);
-}
 
 int from_double(double x, std::int64_t *v)
 {

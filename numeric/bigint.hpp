@@ -4,6 +4,7 @@
 #pragma once
 
 #include <cstdint>
+#include <cstring>
 
 #include "qmr/errors.h"
 #include "qmr/int8.h"
@@ -12,6 +13,22 @@ namespace qmr
 {
 
 inline constexpr std::int64_t bigint_null = INT64_MIN;
+
+// All bytes 0xFF: the null of the FLOAT and SMALLFLOAT types, itself a NaN.
+template <typename F> bool is_float_null(F x) noexcept
+{
+    unsigned char bytes[sizeof x];
+    std::memcpy(bytes, &x, sizeof x);
+    for (unsigned char b : bytes)
+        if (b != 0xFF)
+            return false;
+    return true;
+}
+
+template <typename F> void set_float_null(F *x) noexcept
+{
+    std::memset(x, 0xFF, sizeof *x);
+}
 
 // The native value of a record: null gives the null pattern; a high word with
 // its top bit set is malformed (QMR_E_NOFIT, *v untouched).

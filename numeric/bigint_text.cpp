@@ -7,6 +7,7 @@
 
 #include "numeric/bigint.hpp"
 #include "numeric/money.hpp"
+#include "numeric/text_scan.hpp"
 
 namespace
 {
@@ -15,6 +16,7 @@ namespace
 // can still make a number: 19 digits with separators, a point and an exponent.
 constexpr int max_text = 25;
 constexpr int max_integer_digits = 19;
+constexpr std::uint64_t powers_of_ten[8] = {1, 10, 100, 1000, 10000, 100000, 1000000, 10000000};
 
 bool is_space(unsigned char c)
 {
@@ -45,13 +47,7 @@ const char *cut_trailing(const char *p, const char *end)
     return end;
 }
 
-// Whether [p, end) starts with the n bytes at s (never for n 0). The first
-// byte decides almost every call, so it is compared inline.
-inline bool starts_with(const char *p, const char *end, const char *s, int n)
-{
-    return n > 0 && end - p >= n && *p == *s &&
-           (n == 1 || std::memcmp(p + 1, s + 1, static_cast<std::size_t>(n - 1)) == 0);
-}
+using qmr::starts_with;
 
 // Hexadecimal digits only, no sign: the two's-complement range is not used,
 // so a value above 2^63-1 does not fit.
@@ -127,7 +123,32 @@ int read_mantissa(const char *p, const char *end, const qmr_numconv &conv, Manti
     return 0;
 }
 
-int read_decimal(const char *p, const char *end, const qmr_numconv &conv, std::int64_t *v)
+// The common text: nothing but up to 19 digits, read eight at a time. False
+// leaves the text to the general reader.
+bool read_plain_integer(const char *p, const char *end, const char *begin, bool negative,
+                        std::int64_t *v)
+{
+    if (end - p > max_integer_digits)
+        return false;
+    std::uint64_t value = 0;
+    while (p < end) {
+        const std::uint64_t chunk = qmr::load_upto8(p, end, begin);
+        const long left = end - p;
+        const int k = left < 8 ? static_cast<int>(left) : 8;
+        if (qmr::digit_prefix8(chunk) < k)
+            return false;
+        value = value * (k == 8 ? 100000000u : powers_of_ten[k]) + qmr::digits_value(chunk, k);
+        p += k;
+    }
+    if (value > static_cast<std::uint64_t>(INT64_MAX))
+        return false; // the general reader gives the error
+    const auto s = static_cast<std::int64_t>(value);
+    *v = negative ? -s : s;
+    return true;
+}
+
+int read_decimal(const char *p, const char *end, const char *begin, const qmr_numconv &conv,
+                 std::int64_t *v)
 {
     bool negative = false;
     if (p < end && (*p == '-' || *p == '+'))
@@ -141,6 +162,8 @@ int read_decimal(const char *p, const char *end, const qmr_numconv &conv, std::i
         *v = had_zeros ? 0 : qmr::bigint_null; // a lone sign is null
         return 0;
     }
+    if (read_plain_integer(p, end, begin, negative, v))
+        return 0;
     if (end - p > max_text)
         return QMR_E_NOFIT;
     // a stray character and a bad exponent are both no number, so one pass
@@ -256,7 +279,7 @@ int bigintcvasc(const char *text, int len, std::int64_t *v) noexcept
     if (len == -1)
         n = std::strlen(text);
     else if (len > 0)
-        n = strnlen(text, static_cast<std::size_t>(len));
+        n = static_cast<std::size_t>(qmr::text_length(text, len));
     if (n == 0) {
         *v = qmr::bigint_null;
         return 0;
@@ -271,5 +294,5 @@ int bigintcvasc(const char *text, int len, std::int64_t *v) noexcept
         ++p;
     if (end - p > 2 && p[0] == '0' && (p[1] == 'x' || p[1] == 'X'))
         return read_hex(p + 2, cut_trailing(p + 2, end), v);
-    return read_decimal(p, end, env->local_conv, v);
+    return read_decimal(p, end, text, env->local_conv, v);
 }

@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "numeric/money.hpp"
+#include "numeric/text_scan.hpp"
 #include "platform/alloc.hpp"
 #include "platform/env_slots.hpp"
 #include "qmr/bigint.h"
@@ -39,17 +40,11 @@ void set_null(dec_t *d)
     d->ndigits = 0;
 }
 
+using qmr::starts_with;
+
 bool is_digit(char c)
 {
-    return c >= '0' && c <= '9';
-}
-
-// Whether [p, end) starts with the n bytes at s (never for n 0). The first
-// byte decides almost every call, so it is compared inline.
-inline bool starts_with(const char *p, const char *end, const char *s, int n)
-{
-    return n > 0 && end - p >= n && *p == *s &&
-           (n == 1 || std::memcmp(p + 1, s + 1, static_cast<std::size_t>(n - 1)) == 0);
+    return qmr::is_digit_byte(c);
 }
 
 // The conventions a call works with: the record chosen (local or default),
@@ -191,14 +186,69 @@ bool grouping_valid(const char *p, const char *end, const qmr_numconv &rec)
     }
 }
 
-// What the digit scan keeps: up to 32 significant digits (values 0..9) and the decimal
-// exponent E (digits before the point; negative for leading fraction zeros).
+// What the digit scan keeps: up to 32 significant digits (as characters, from
+// digits[1]; digits[0] is a '0' that aligns an odd exponent; the slots after
+// them take eight-byte stores) and the decimal exponent E (digits before the
+// point; negative for leading fraction zeros). begin is the start of the text,
+// which bounds the eight-byte reads near its end.
 struct Scan {
-    char digits[max_kept];
+    char digits[48];
     int kept = 0;
     long point = 0;
     bool negative = false;
+    const char *begin = nullptr;
 };
+
+// Leading zeros before the first significant digit only move the exponent,
+// and only after the point. Returns the first byte that is not such a zero.
+const char *skip_leading_zeros(const char *p, const char *end, bool fraction, Scan *s)
+{
+    if (s->kept != 0)
+        return p;
+    const char *first = p;
+    while (first < end && *first == '0')
+        ++first;
+    if (fraction)
+        s->point -= first - p;
+    return first;
+}
+
+// Takes the run of digits that starts at p, eight bytes at a time, and
+// returns its end: the first 32 significant digits are kept and every
+// integer digit counts toward E.
+const char *take_digits(const char *p, const char *end, bool fraction, Scan *s)
+{
+    p = skip_leading_zeros(p, end, fraction, s);
+    char *dst = s->digits + 1 + s->kept;
+    char *const last = s->digits + 1 + max_kept; // digits past 32 are stored here and dropped
+    while (true) {
+        const std::uint64_t chunk = qmr::load_upto8(p, end, s->begin);
+        const int n = qmr::digit_prefix8(chunk);
+        std::memcpy(dst, &chunk, 8);
+        dst += n < last - dst ? n : last - dst;
+        p += n;
+        if (!fraction)
+            s->point += n;
+        if (n < 8)
+            break;
+    }
+    s->kept = static_cast<int>(dst - (s->digits + 1));
+    return p;
+}
+
+// One digit, for conventions whose point or separator starts with a digit.
+const char *take_one_digit(const char *p, bool fraction, Scan *s)
+{
+    if (*p == '0' && s->kept == 0) { // a leading zero
+        s->point -= fraction ? 1 : 0;
+        return p + 1;
+    }
+    if (s->kept < max_kept)
+        s->digits[1 + s->kept++] = *p;
+    if (!fraction)
+        ++s->point;
+    return p + 1;
+}
 
 int scan_digits(const char *&p_io, const char *end, const Conventions &c, Scan *s)
 {
@@ -207,27 +257,19 @@ int scan_digits(const char *&p_io, const char *end, const Conventions &c, Scan *
     const char *after_sign = p;
     bool seen_point = false;
     bool checked = false;
-    int kept = 0;
-    long point = 0;
     // a point or separator that starts with a digit byte must be looked for
-    // before the digits
+    // before the digits, one digit at a time
     const bool digits_first = !is_digit(rec.decimal_point[0]) && !is_digit(rec.thousands_sep[0]);
     // the separator is skipped by the local record's length, also when the
     // default record's separator matched
     const int sep_step =
         c.local->thousands_sep_len > 0 ? c.local->thousands_sep_len : rec.thousands_sep_len;
     while (p < end) {
-        const auto digit = static_cast<unsigned>(static_cast<unsigned char>(*p) - '0');
-        if (digit <= 9 && digits_first) {
-            if (digit != 0 || kept != 0) {
-                if (kept < max_kept)
-                    s->digits[kept++] = static_cast<char>(digit);
-                point += seen_point ? 0 : 1;
-            } else if (seen_point) {
-                --point; // a zero before the first significant digit
-            }
-            ++p;
-        } else if (starts_with(p, end, rec.decimal_point, rec.decimal_point_len)) {
+        if (digits_first && is_digit(*p)) {
+            p = take_digits(p, end, seen_point, s);
+            continue;
+        }
+        if (starts_with(p, end, rec.decimal_point, rec.decimal_point_len)) {
             if (seen_point)
                 return QMR_E_NOTNUMBER;
             seen_point = true;
@@ -242,54 +284,139 @@ int scan_digits(const char *&p_io, const char *end, const Conventions &c, Scan *
                     return QMR_E_NOTNUMBER;
             }
             p += sep_step;
-        } else if (digit <= 9) { // digits after a point or separator made of digits
-            if (digit != 0 || kept != 0) {
-                if (kept < max_kept)
-                    s->digits[kept++] = static_cast<char>(digit);
-                point += seen_point ? 0 : 1;
-            } else if (seen_point) {
-                --point;
-            }
-            ++p;
+        } else if (is_digit(*p)) { // a digit after a point or separator made of digits
+            p = take_one_digit(p, seen_point, s);
         } else {
             break;
         }
     }
     p_io = p;
-    s->kept = kept;
-    s->point = point;
     return 0;
 }
 
 // Packs the kept digits into base-100 pairs aligned on the point and loads
 // them: an odd E puts an implied zero in front, at most 32 positions go in.
-int pack(const Scan &s, dec_t *result)
+int pack(Scan &s, dec_t *result)
 {
     const int lead = static_cast<int>(s.point & 1); // the implied zero
     const int count = s.kept < max_kept - lead ? s.kept : max_kept - lead;
     const int npairs = (lead + count + 1) / 2;
-    auto digit = [&](int k) { return k >= 0 && k < count ? s.digits[k] : 0; };
-    char pairs[QMR_DECSIZE];
-    for (int i = 0; i < npairs; ++i)
-        pairs[i] = static_cast<char>(digit(2 * i - lead) * 10 + digit(2 * i - lead + 1));
-    // floor((E + 1) / 2): the power of 100 of the first pair
-    const long exponent = (s.point + 1) >> 1;
+    // a '0' before the digits for the implied zero and one after them for
+    // the second half of an odd last pair
+    s.digits[0] = '0';
+    s.digits[1 + s.kept] = '0';
+    const char *src = s.digits + 1 - lead;
+    for (int i = 0; i < npairs && i < QMR_DECSIZE; ++i)
+        result->digits[i] = static_cast<char>((src[2 * i] - '0') * 10 + (src[2 * i + 1] - '0'));
     // the normal form decload would give: the first pair is not zero and at
     // most 16 are packed, so only trailing zero pairs go
     int n = npairs;
-    while (n > 0 && pairs[n - 1] == 0)
+    while (n > 0 && result->digits[n - 1] == 0)
         --n;
     if (n == 0) {
         set_zero(result);
         return 0;
     }
+    // floor((E + 1) / 2): the power of 100 of the first pair
+    const long exponent = (s.point + 1) >> 1;
     if (exponent < -64 || exponent > 63)
         return exponent < 0 ? QMR_E_DECUNDERFLOW : QMR_E_DECOVERFLOW;
-    std::memcpy(result->digits, pairs, static_cast<std::size_t>(n));
     result->ndigits = static_cast<short>(n);
     result->exponent = static_cast<short>(exponent);
     result->sign = s.negative ? 0 : 1;
     return 0;
+}
+
+#if defined(__SIZEOF_INT128__) && defined(__BYTE_ORDER__) &&                                       \
+    __BYTE_ORDER__ == __ORDER_LITTLE_ENDIAN__
+// The low k bytes of v (k below 8).
+std::uint64_t low_bytes(std::uint64_t v, int k)
+{
+    return v & ((std::uint64_t{1} << (8 * k)) - 1);
+}
+
+// The digits of the common text "ddd[.ddd]" with one to seven digits before
+// a one-byte point, the first not 0, and up to seven after it, read without
+// the general scan: each run is found eight bytes at a time and the digits
+// are packed sixteen at a time. False leaves the text to the general reader.
+bool read_plain_digits(const char *p, const char *end, const char *begin, const qmr_numconv &rec,
+                       bool negative, dec_t *result)
+{
+    using u128 = unsigned __int128;
+    if (rec.decimal_point_len != 1 || *p == '0')
+        return false;
+    const std::uint64_t int_chunk = qmr::load_upto8(p, end, begin);
+    const int n = qmr::digit_prefix8(int_chunk);
+    if (n == 0 || n == 8)
+        return false;
+    p += n;
+    std::uint64_t frac_chunk = 0;
+    int m = 0;
+    if (p < end) {
+        if (*p != rec.decimal_point[0])
+            return false;
+        ++p;
+        frac_chunk = qmr::load_upto8(p, end, begin);
+        m = qmr::digit_prefix8(frac_chunk);
+        if (m == 8 || p + m != end) // more digits, an exponent or anything else
+            return false;
+    }
+    // The digit characters, first in the lowest byte, behind a '0' when the
+    // integer part is odd, and '0's after them up to sixteen.
+    const int lead = n & 1;
+    const int total = lead + n + m; // at most 15
+    u128 chars = static_cast<u128>(low_bytes(int_chunk, n)) << (8 * lead) |
+                 static_cast<u128>(low_bytes(frac_chunk, m)) << (8 * (lead + n));
+    const u128 zeros = static_cast<u128>(0x3030303030303030u) << 64 | 0x3030303030303030u;
+    chars |= zeros & ~((static_cast<u128>(1) << (8 * total)) - 1);
+    chars |= static_cast<u128>(lead != 0 ? '0' : 0);
+    const std::uint64_t pairs =
+        qmr::digit_pairs8(static_cast<std::uint64_t>(chars)) |
+        static_cast<std::uint64_t>(qmr::digit_pairs8(static_cast<std::uint64_t>(chars >> 64)))
+            << 32;
+    // the first pair is not zero; trailing zero pairs are not held
+    const int npairs = (total + 1) / 2;
+    const std::uint64_t held = npairs == 8 ? pairs : low_bytes(pairs, npairs);
+    std::memcpy(result->digits, &pairs, 8);
+    result->ndigits = static_cast<short>((63 - __builtin_clzll(held)) / 8 + 1);
+    result->exponent = static_cast<short>((n + 1) / 2);
+    result->sign = negative ? 0 : 1;
+    return true;
+}
+#else
+bool read_plain_digits(const char *, const char *, const char *, const qmr_numconv &, bool, dec_t *)
+{
+    return false;
+}
+#endif
+
+// The common text, blanks around "[-]ddd[.ddd]" (see read_plain_digits), read
+// before any of the general reader's set-up. A sign is taken only when it is
+// the locale's one-byte "-"; a digit that could start a sign of the locale's
+// leaves the text to the general reader, as does everything else.
+bool read_short(const char *text, int len, bool net, dec_t *result)
+{
+    const char *p = text;
+    const char *end = text + len;
+    while (end > p && end[-1] == ' ')
+        --end;
+    while (p < end && *p == ' ')
+        ++p;
+    if (p == end)
+        return false;
+    int status = 0;
+    const qmr_glsenv_t *env = qmr::money_env(&status);
+    if (env == nullptr)
+        return false;
+    const qmr_numconv &rec = net ? env->default_conv : env->local_conv;
+    bool negative = false;
+    if (*p == '-' && rec.negative_sign_len == 1 && rec.negative_sign[0] == '-') {
+        negative = true;
+        ++p;
+    } else if (*p == rec.negative_sign[0] || *p == rec.positive_sign[0]) {
+        return false;
+    }
+    return p < end && read_plain_digits(p, end, text, rec, negative, result);
 }
 
 // Reads the sign the conventions allow at p.
@@ -346,6 +473,7 @@ int read_number(const char *text, int len, bool nul_follows, bool net, dec_t *re
     if (const int status = load_conventions(net, &c); status != 0)
         return status;
     Scan s;
+    s.begin = text;
     read_sign(p, end, c, &s.negative);
     if (p >= end ||
         !(is_digit(*p) || starts_with(p, end, c.rec->decimal_point, c.rec->decimal_point_len)))
@@ -373,14 +501,10 @@ int read_number(const char *text, int len, bool nul_follows, bool net, dec_t *re
     return pack(s, result);
 }
 
-int text_to_dec(const char *text, int len, bool net, dec_t *result)
+// The general reader: a long text is read from a heap copy; any error leaves
+// the normal zero.
+__attribute__((noinline)) int read_general(const char *text, int len, bool net, dec_t *result)
 {
-    if (text == nullptr) {
-        set_zero(result);
-        return QMR_E_NOTNUMBER;
-    }
-    // a NUL within len ends the text
-    len = len > 0 ? static_cast<int>(strnlen(text, static_cast<std::size_t>(len))) : 0;
     HeapCopy copy;
     bool nul_follows = false;
     if (len > stack_copy_max) {
@@ -397,11 +521,32 @@ int text_to_dec(const char *text, int len, bool net, dec_t *result)
     return status;
 }
 
+int text_to_dec(const char *text, int len, bool net, dec_t *result)
+{
+    if (text == nullptr) {
+        set_zero(result);
+        return QMR_E_NOTNUMBER;
+    }
+    // a NUL within len ends the text
+    len = len > 0 ? qmr::text_length(text, len) : 0;
+    if (read_short(text, len, net, result))
+        return 0;
+    return read_general(text, len, net, result);
+}
+
 // ---------------------------------------------------------------------------
 // Writing.
 
+// The step count is hidden from the optimiser, which would otherwise turn
+// the short copy loops below into library calls.
+inline void opaque(long &i)
+{
+    __asm__("" : "+r"(i));
+}
+
 // The significant decimal digits of |d| (up to 32, no leading or trailing
-// zeros) and the number of places before the point of the first one.
+// zeros, as characters with slack for copy_over) and the number of places
+// before the point of the first one.
 struct Digits {
     char d[max_kept + 2];
     int n = 0;
@@ -409,53 +554,64 @@ struct Digits {
     char at(long i) const { return i >= 0 && i < n ? d[i] : '0'; }
 };
 
-Digits value_digits(const dec_t *d)
+constexpr char digit_pairs[] = "00010203040506070809101112131415161718192021222324"
+                               "25262728293031323334353637383940414243444546474849"
+                               "50515253545556575859606162636465666768697071727374"
+                               "75767778798081828384858687888990919293949596979899";
+
+// The base-100 digit at i, read modulo 100 as a pair of decimal digits.
+unsigned pair_at(const dec_t *d, int i)
 {
-    Digits out;
+    const unsigned b = static_cast<unsigned char>(d->digits[i]);
+    return b < 100 ? b : b % 100;
+}
+
+// The digits come from the record's pairs; where they start and end is
+// decided on the pairs too, not by reading back the characters just stored.
+void value_digits(const dec_t *d, Digits *out)
+{
     int held = d->ndigits < 0 ? 0 : d->ndigits;
     if (held > QMR_DECSIZE)
         held = QMR_DECSIZE;
-    if (held == 0)
-        return out;
-    for (int i = 0; i < held; ++i) {
-        const unsigned pair = static_cast<unsigned char>(d->digits[i]) % 100;
-        out.d[out.n++] = static_cast<char>('0' + pair / 10);
-        out.d[out.n++] = static_cast<char>('0' + pair % 10);
+    int first = 0;
+    while (first < held && pair_at(d, first) == 0)
+        ++first;
+    if (first == held) // no digits, or all zero: the value zero
+        return;
+    int last = held - 1;
+    while (pair_at(d, last) == 0)
+        --last;
+    // the first pair shows one digit when below 10
+    const unsigned lead_pair = pair_at(d, first);
+    const int lead_digits = lead_pair < 10 ? 1 : 2;
+    std::memcpy(out->d, digit_pairs + 2 * lead_pair + 2 - lead_digits, 2);
+    out->point = 2L * (d->exponent - first) - (2 - lead_digits);
+    int n = lead_digits;
+    for (int i = first + 1; i <= last; ++i) {
+        std::memcpy(out->d + n, digit_pairs + 2 * pair_at(d, i), 2);
+        n += 2;
     }
-    out.point = 2L * d->exponent;
-    int lead = 0;
-    while (lead < out.n && out.d[lead] == '0')
-        ++lead;
-    if (lead == out.n) { // all digits zero: the value zero
-        out.n = 0;
-        out.point = 0;
-        return out;
-    }
-    std::memmove(out.d, out.d + lead, static_cast<std::size_t>(out.n - lead));
-    out.n -= lead;
-    out.point -= lead;
-    while (out.d[out.n - 1] == '0') // the second digit of a last pair like 50
-        --out.n;
-    return out;
+    out->n = n - (pair_at(d, last) % 10 == 0 ? 1 : 0); // a last pair like 50
 }
 
-// Keeps the first `keep` digits, rounding half away from zero on the next; a
-// carry out of the first digit gives "1" one place higher. Nothing kept but
-// a carry gives "1"; a value that rounds away entirely is zero (point 0).
-Digits round_to(Digits v, long keep)
+// Keeps the first `keep` digits of v, rounding half away from zero on the
+// next; a carry out of the first digit gives "1" one place higher. Nothing
+// kept but a carry gives "1"; a value that rounds away entirely is zero
+// (point 0).
+void round_in_place(Digits &v, long keep)
 {
     if (keep >= v.n)
-        return v;
+        return;
     if (keep < 0 || (keep == 0 && v.d[0] < '5')) {
         v.n = 0;
         v.point = 0;
-        return v;
+        return;
     }
     if (keep == 0) { // 0.5 units or more of the last place kept: one unit
         v.d[0] = '1';
         v.n = 1;
         ++v.point;
-        return v;
+        return;
     }
     const bool up = v.d[keep] >= '5';
     v.n = static_cast<int>(keep);
@@ -475,20 +631,85 @@ Digits round_to(Digits v, long keep)
         --v.n;
     if (v.n == 0)
         v.point = 0;
-    return v;
 }
 
-struct Field {
-    char *buf;
-    int len;
-    int pos = 0;
-    void put(char ch) { buf[pos++] = ch; }
-    void put(const char *s, int n)
-    {
-        std::memcpy(buf + pos, s, static_cast<std::size_t>(n));
-        pos += n;
+// all rounded to `keep` digits: all itself when nothing is cut, else a copy
+// in *scratch.
+const Digits &rounded(const Digits &all, long keep, Digits *scratch)
+{
+    if (keep >= all.n)
+        return all;
+    *scratch = all;
+    round_in_place(*scratch, keep);
+    return *scratch;
+}
+
+// Copies n bytes one at a time: the digits were just stored two at a time, and
+// a wider load across such stores waits for them to reach the cache.
+char *copy_bytes(char *dst, const char *src, long n)
+{
+    for (long i = 0; i < n; ++i) {
+        opaque(i);
+        dst[i] = src[i];
     }
-};
+    return dst + n;
+}
+
+char *fill_bytes(char *dst, char c, long n)
+{
+    for (long i = 0; i < n; ++i) {
+        opaque(i);
+        dst[i] = c;
+    }
+    return dst + n;
+}
+
+// Fields up to this length are blank-filled with 16-byte stores.
+constexpr int short_field = 64;
+
+void fill_blanks(char *buf, int len)
+{
+    if (len > short_field || len < 16) {
+        std::memset(buf, ' ', static_cast<std::size_t>(len));
+        return;
+    }
+    for (long i = 0; i + 16 <= len; i += 16) {
+        opaque(i);
+        std::memset(buf + i, ' ', 16);
+    }
+    std::memset(buf + len - 16, ' ', 16);
+}
+
+// The fixed form of v (rounded to r decimals) at the start of the blank field
+// buf, which has room for it.
+void write_fixed(char *buf, const Digits &v, bool negative, long r, const qmr_numconv &rec)
+{
+    char *o = buf;
+    // no negative zero: the "0" takes the place of the "-"
+    if (negative && v.n > 0 && v.point + r > 0)
+        *o++ = '-';
+    const long p = v.point;
+    if (p <= 0) {
+        *o++ = '0';
+    } else if (p <= v.n) {
+        o = copy_bytes(o, v.d, p);
+    } else {
+        o = copy_bytes(o, v.d, v.n);
+        o = fill_bytes(o, '0', p - v.n);
+    }
+    if (r < 1)
+        return;
+    o = copy_bytes(o, rec.decimal_point, rec.decimal_point_len);
+    // fraction place i shows digit p + i: zeros before the first digit and
+    // after the last
+    const long lead = p < 0 ? (-p < r ? -p : r) : 0;
+    o = fill_bytes(o, '0', lead);
+    const long from = p < 0 ? 0 : p;
+    const long shown = v.n - from < r - lead ? v.n - from : r - lead;
+    if (shown > 0)
+        o = copy_bytes(o, v.d + from, shown);
+    fill_bytes(o, '0', r - lead - (shown > 0 ? shown : 0));
+}
 
 // Decimals shown when the caller leaves it to the value: those it carries,
 // one fewer when its last pair ends in 0, at least one.
@@ -503,29 +724,22 @@ int natural_decimals(const dec_t *d)
     return r < 1 ? 1 : r;
 }
 
-void write_fixed(Field &f, const Digits &v, bool negative, long r, const qmr_numconv &rec)
-{
-    bool all_zero = true;
-    for (long i = 0; i < v.point + r && all_zero; ++i)
-        all_zero = v.at(i) == '0';
-    // no negative zero: the "0" takes the place of the "-"
-    if (negative && !all_zero)
-        f.put('-');
-    if (v.point <= 0)
-        f.put('0');
-    for (long i = 0; i < v.point; ++i)
-        f.put(v.at(i));
-    if (r >= 1) {
-        f.put(rec.decimal_point, rec.decimal_point_len);
-        for (long i = 0; i < r; ++i)
-            f.put(v.at(v.point + i));
-    }
-}
-
 int exponent_digits(long e)
 {
     return (e < 0 ? 1 : 0) + ((e > 99 || e < -99) ? 3 : 2);
 }
+
+struct Field {
+    char *buf;
+    int len;
+    int pos = 0;
+    void put(char ch) { buf[pos++] = ch; }
+    void put(const char *s, int n)
+    {
+        std::memcpy(buf + pos, s, static_cast<std::size_t>(n));
+        pos += n;
+    }
+};
 
 // d.ddde[-]XX with as many significant digits as the field allows.
 int write_exponent(Field &f, const Digits &all, bool negative, long p, const qmr_numconv &rec)
@@ -542,7 +756,8 @@ int write_exponent(Field &f, const Digits &all, bool negative, long p, const qmr
     if (want > 1 && point_len > 1) // room for a point wider than one byte
         want = want - (point_len - 1) < 2 ? 1 : want - (point_len - 1);
     for (; want >= 1; --want) {
-        Digits v = round_to(all, want);
+        Digits v = all;
+        round_in_place(v, want);
         if (v.n == 0) { // the value zero
             v.d[0] = '0';
             v.n = 1;
@@ -590,18 +805,20 @@ int dec_to_text(const dec_t *d, char *buf, int len, int right, bool net)
     const qmr_numconv &rec = *c.rec;
     long r = right >= 0 ? right : natural_decimals(d);
     const bool negative = d->sign == 0;
-    std::memset(buf, ' ', static_cast<std::size_t>(len));
-    Field f{buf, len};
-    const Digits all = value_digits(d);
+    Digits all;
+    value_digits(d, &all);
+    Digits scratch;
+    fill_blanks(buf, len);
     while (true) {
-        const Digits v = round_to(all, all.point + r);
+        const Digits &v = rounded(all, all.point + r, &scratch);
         const long p = v.point;
         const long width =
             (negative ? 1 : 0) + (p > 1 ? p : 1) + (r >= 1 ? rec.decimal_point_len : 0) + r;
         if (width <= len) {
-            write_fixed(f, v, negative, r, rec);
+            write_fixed(buf, v, negative, r, rec);
             return 0;
         }
+        Field f{buf, len};
         if (p < -3 || p <= -r)
             return write_exponent(f, all, negative, p, rec);
         const long x = width - len;
@@ -635,15 +852,14 @@ int dectoasc_tcb(const dec_t *d, char *buf, int len, int right, qmr_tcb_t *conte
 
 int dectoasc(const dec_t *d, char *buf, int len, int right) noexcept
 {
-    qmr_tcb_t *context = CheckAlltcbInit();
-    if (context == nullptr)
+    if (qmr::thread_root() == nullptr)
         return QMR_E_NOMEM;
-    return dectoasc_tcb(d, buf, len, right, context);
+    return dec_to_text(d, buf, len, right, false);
 }
 
 int dectoasc_net(const dec_t *d, char *buf, int len, int right) noexcept
 {
-    if (CheckAlltcbInit() == nullptr)
+    if (qmr::thread_root() == nullptr)
         return QMR_E_NOMEM;
     return dec_to_text(d, buf, len, right, true);
 }

@@ -12,14 +12,26 @@
 namespace
 {
 
-template <typename F> bool all_ones(F x)
+using qmr::is_float_null;
+
+// Runs a BIGINT conversion on a's native value; a malformed record gives
+// QMR_E_NOFIT and nothing is converted.
+template <typename F> int on_native(const qmr_int8_t *a, F convert)
 {
-    unsigned char bytes[sizeof x];
-    std::memcpy(bytes, &x, sizeof x);
-    for (unsigned char b : bytes)
-        if (b != 0xFF)
-            return false;
-    return true;
+    std::int64_t v;
+    const int status = qmr::int8_to_native(a, &v);
+    return status != 0 ? status : convert(v);
+}
+
+// Runs a BIGINT conversion into a native value and stores that in r; on an
+// error r stays as it was.
+template <typename F> int into_record(qmr_int8_t *r, F convert)
+{
+    std::int64_t v;
+    const int status = convert(&v);
+    if (status == 0)
+        qmr::native_to_int8(v, r);
+    return status;
 }
 
 void set_null(qmr_int8_t *r)
@@ -43,6 +55,21 @@ int from_finite(double x, qmr_int8_t *r)
     // a negative x whose magnitude truncates to 0 is zero, with sign 1
     r->sign = x < 0 && m != 0 ? -1 : 1;
     return 0;
+}
+
+// x (a double or float) truncated toward zero into r. The FLOAT null is
+// itself a NaN: it is looked for first and gives the INT8 null.
+template <typename F> int from_float(F x, qmr_int8_t *r)
+{
+    if (CheckAlltcbInit() == nullptr)
+        return QMR_E_NOMEM;
+    if (is_float_null(x)) {
+        set_null(r);
+        return 0;
+    }
+    if (!std::isfinite(x))
+        return QMR_E_BADFLOAT;
+    return from_finite(static_cast<double>(x), r);
 }
 
 // Drops d's fraction in place: digits past the exponent go, trailing zero
@@ -71,11 +98,7 @@ void truncate_in_place(dec_t *d)
 
 int int8tostr(const qmr_int8_t *a, char *text, int len, int radix) noexcept
 {
-    std::int64_t v;
-    const int status = qmr::int8_to_native(a, &v);
-    if (status != 0)
-        return status;
-    return biginttoasc(v, text, len, radix);
+    return on_native(a, [&](std::int64_t v) { return biginttoasc(v, text, len, radix); });
 }
 
 int qmr_int8tostr(const qmr_int8_t *a, char *text, int len) noexcept
@@ -104,20 +127,12 @@ int qmr_int8toasc(const qmr_int8_t *a, char *text, int len) noexcept
 
 int qmr_int8cvasc(const char *text, int len, qmr_int8_t *r) noexcept
 {
-    std::int64_t v;
-    const int status = bigintcvasc(text, len, &v);
-    if (status == 0)
-        qmr::native_to_int8(v, r);
-    return status;
+    return into_record(r, [&](std::int64_t *v) { return bigintcvasc(text, len, v); });
 }
 
 int qmr_int8todec(const qmr_int8_t *a, dec_t *d) noexcept
 {
-    std::int64_t v;
-    const int status = qmr::int8_to_native(a, &v);
-    if (status != 0)
-        return status;
-    return biginttodec(v, d);
+    return on_native(a, [d](std::int64_t v) { return biginttodec(v, d); });
 }
 
 int deccvint8(const qmr_int8_t *a, dec_t *d) noexcept
@@ -137,26 +152,18 @@ int qmr_int8cvdec(dec_t *d, qmr_int8_t *r) noexcept
         return QMR_E_NOFIT;
     // the fraction goes before the range test, so 2^63-1 and a half fits
     truncate_in_place(d);
-    std::int64_t v;
-    const int status = bigintcvdec(d, &v);
-    if (status == 0)
-        qmr::native_to_int8(v, r);
-    return status;
+    return into_record(r, [d](std::int64_t *v) { return bigintcvdec(d, v); });
 }
 
 int qmr_int8todbl(const qmr_int8_t *a, double *x) noexcept
 {
-    std::int64_t v;
-    const int status = qmr::int8_to_native(a, &v);
-    if (status != 0)
-        return status;
-    return biginttodbl(v, x);
+    return on_native(a, [x](std::int64_t v) { return biginttodbl(v, x); });
 }
 
 int qmr_int8toflt(const qmr_int8_t *a, float *x) noexcept
 {
     if (a->sign == 0) {
-        std::memset(x, 0xFF, sizeof *x);
+        qmr::set_float_null(x);
         return 0;
     }
     double d;
@@ -172,27 +179,10 @@ int qmr_int8toflt(const qmr_int8_t *a, float *x) noexcept
 
 int qmr_int8cvdbl(double x, qmr_int8_t *r) noexcept
 {
-    if (CheckAlltcbInit() == nullptr)
-        return QMR_E_NOMEM;
-    // the FLOAT null is itself a NaN: it is looked for first
-    if (all_ones(x)) {
-        set_null(r);
-        return 0;
-    }
-    if (!std::isfinite(x))
-        return QMR_E_BADFLOAT;
-    return from_finite(x, r);
+    return from_float(x, r);
 }
 
 int qmr_int8cvflt(float x, qmr_int8_t *r) noexcept
 {
-    if (CheckAlltcbInit() == nullptr)
-        return QMR_E_NOMEM;
-    if (all_ones(x)) {
-        set_null(r);
-        return 0;
-    }
-    if (!std::isfinite(x))
-        return QMR_E_BADFLOAT;
-    return from_finite(static_cast<double>(x), r);
+    return from_float(x, r);
 }

@@ -315,7 +315,7 @@ void money_load(qmr_glsenv_t *env) noexcept
         load_locked(env);
 }
 
-qmr_glsenv_t *money_env(int *status) noexcept
+qmr_glsenv_t *money_env_slow(int *status) noexcept
 {
     qmr_glsenv_t *env = ready_glsenv(status);
     money_load(env);

@@ -13,12 +13,11 @@
 namespace
 {
 
-TEST(ClibWrappers, PutenvNameRules)
+TEST(ClibWrappers, PutenvNameRulesAndAllocationFailure)
 {
     EXPECT_EQ(cl_ext_putenv("A"), -1) << "no '='";
     EXPECT_EQ(cl_ext_putenv(nullptr), -1);
     EXPECT_EQ(cl_ext_putenv("QMR_CLIB_T1=one"), 0);
-    ASSERT_NE(cl_ext_getenv("QMR_CLIB_T1"), nullptr);
     EXPECT_STREQ(cl_ext_getenv("QMR_CLIB_T1"), "one");
     EXPECT_EQ(cl_ext_putenv("QMR_CLIB_T1="), 0);
     EXPECT_STREQ(cl_ext_getenv("QMR_CLIB_T1"), "") << "an empty value is a value";
@@ -28,14 +27,11 @@ TEST(ClibWrappers, PutenvNameRules)
     EXPECT_STREQ(cl_ext_getenv(longest.c_str()), "v");
     EXPECT_EQ(cl_ext_putenv((longest + "N=v").c_str()), -1) << "81 do not";
     EXPECT_EQ(cl_ext_putenv("=x"), gputenv("", "x")) << "an empty name is passed on";
-}
 
-TEST(ClibWrappers, PutenvReportsAllocationFailure)
-{
     qmr::test_fail_alloc_after(1, true);
     int rc = cl_ext_putenv("QMR_CLIB_T2=two");
     qmr::test_fail_alloc_after(0);
-    EXPECT_EQ(rc, -1);
+    EXPECT_EQ(rc, -1) << "out of memory";
     EXPECT_EQ(cl_ext_getenv("QMR_CLIB_T2"), nullptr) << "nothing was set";
 }
 

@@ -6,6 +6,7 @@
 #include <cstdio>
 #include <fcntl.h>
 #include <gtest/gtest.h>
+#include <tuple>
 #include <unistd.h>
 #include <vector>
 
@@ -16,31 +17,40 @@
 #include "qmr/clib.h"
 #include "qmr/sqlhooks.h"
 
-namespace qmrtest
+namespace
 {
-int check_api_answer = 0;
-int check_api_last_level = 0;
-int check_api_last_flag = 0;
+// What the replaced qmr_checkAPI answers and last saw, and how often the
+// replaced _sqThreadCleanup ran.
+int check_api_answer = 0, check_api_last_level = 0, check_api_last_flag = 0;
 int thread_cleanup_calls = 0;
-} // namespace qmrtest
+} // namespace
 
 // Strong definitions replace the library's weak defaults, as a host program's
 // own SQL-interface library would.
 extern "C" int qmr_checkAPI(int level, int flag) noexcept
 {
-    qmrtest::check_api_last_level = level;
-    qmrtest::check_api_last_flag = flag;
-    return qmrtest::check_api_answer;
+    check_api_last_level = level;
+    check_api_last_flag = flag;
+    return check_api_answer;
 }
 extern "C" void _sqThreadCleanup(qmr_globarea_t *glob) noexcept
 {
-    ++qmrtest::thread_cleanup_calls;
+    ++thread_cleanup_calls;
     glob->cleanup_hook = 0;
 }
 
 namespace
 {
 using qmrtest::on_new_thread;
+
+// A hash-table entry as the file table holds them, made with the library's
+// allocator so that the table's teardown may free it.
+void *file_entry(const char *key)
+{
+    auto *entry = static_cast<const char **>(cl_ext_malloc(sizeof(const char *)));
+    *entry = key;
+    return entry;
+}
 
 TEST(ThreadContext, FirstCallInANewThreadLeavesAFullContext)
 {
@@ -49,10 +59,7 @@ TEST(ThreadContext, FirstCallInANewThreadLeavesAFullContext)
         qmr_tcb_t *root = CheckAlltcbInit();
         ASSERT_NE(root, nullptr);
         EXPECT_EQ(root->initialised, 1);
-        ASSERT_NE(root->gen, nullptr);
-        ASSERT_NE(root->os, nullptr);
-        ASSERT_NE(root->glob, nullptr);
-        ASSERT_NE(root->save, nullptr);
+        ASSERT_TRUE(root->gen && root->os && root->glob && root->save);
         EXPECT_EQ(root->gen->root, root);
         EXPECT_EQ(root->os->root, root);
         EXPECT_EQ(root->glob->root, root);
@@ -64,6 +71,15 @@ TEST(ThreadContext, FirstCallInANewThreadLeavesAFullContext)
         EXPECT_EQ(CheckGenInit(), root->gen);
         EXPECT_EQ(CheckSaveAreaInit(), root->save);
     });
+    // gentcb_alloc fills a general area the same way, detached from any root.
+    qmr_genarea_t *area = gentcb_alloc();
+    ASSERT_NE(area, nullptr);
+    EXPECT_EQ(area->msgfd, -1);
+    EXPECT_EQ(area->second_minus1, -1);
+    EXPECT_EQ(area->toerrno, 0);
+    EXPECT_EQ(area->root, nullptr);
+    cl_ext_free(area);
+    genfill(nullptr);
 }
 
 TEST(ThreadContext, AreaSizesAndBackPointerPlaces)
@@ -94,7 +110,21 @@ TEST(ThreadContext, AreaSizesAndBackPointerPlaces)
     });
 }
 
-TEST(ThreadContext, RootMadeForOneSlotIsReturnedAsItStands)
+// What each worker answers, in this order, for a root made for one slot (no
+// general area) and when there is no context at all (memory runs out).
+const std::tuple<const char *, int (*)(), int, int> kWorkers[] = {
+    {"get_toerrno", get_toerrno, 0, -406},
+    {"set_toerrno", [] { return set_toerrno(-1211); }, 0, 0},
+    {"get_toerrno", get_toerrno, 0, -406},
+    {"getgenerr", getgenerr, 0, -406},
+    {"get_glserror", get_glserror, 0, -406},
+    {"set_glserror", [] { return set_glserror(-23101); }, -23101, -406},
+    {"qmrGEN_getFloatType", qmrGEN_getFloatType, -1, -1},
+    {"qmrGEN_setFloatType", [] { return qmrGEN_setFloatType(7), qmrGEN_getFloatType(); }, -1, -1},
+    {"gget_dbver", gget_dbver, 0, 0},
+    {"gset_dbver", [] { return gset_dbver(), gget_dbver(); }, 0, 0}};
+
+TEST(ThreadContext, WorkersGiveNeutralResultsWithoutAGeneralArea)
 {
     on_new_thread([] {
         void *os = nullptr;
@@ -105,18 +135,21 @@ TEST(ThreadContext, RootMadeForOneSlotIsReturnedAsItStands)
         EXPECT_EQ(root->initialised, 0);
         EXPECT_EQ(root->os, os);
         EXPECT_EQ(root->gen, nullptr) << "an uninitialised root is handed back unchanged";
-        // The workers tolerate the missing general area.
-        EXPECT_EQ(get_toerrno(), 0);
-        EXPECT_EQ(set_toerrno(-1211), 0);
-        EXPECT_EQ(get_toerrno(), 0);
-        EXPECT_EQ(getgenerr(), 0);
-        EXPECT_EQ(get_glserror(), 0);
-        EXPECT_EQ(set_glserror(-23101), -23101);
-        EXPECT_EQ(qmrGEN_getFloatType(), -1);
-        qmrGEN_setFloatType(7);
-        EXPECT_EQ(qmrGEN_getFloatType(), -1);
-        gset_dbver();
-        EXPECT_EQ(gget_dbver(), 0);
+        for (const auto &[call, run, partial, none] : kWorkers)
+            EXPECT_EQ(run(), partial) << call;
+    });
+    on_new_thread([] {
+        qmr::test_fail_alloc_after(1, true);
+        for (const auto &[call, run, partial, none] : kWorkers)
+            EXPECT_EQ(run(), none) << call;
+        EXPECT_EQ(CheckGenInit(), nullptr);
+        EXPECT_EQ(CheckSaveAreaInit(), nullptr);
+        EXPECT_EQ(gentcb_alloc(), nullptr);
+        void *out = nullptr;
+        EXPECT_EQ(get_thread_context(nullptr, QMR_SLOT_ROOT, &out), -1);
+        EXPECT_EQ(out, nullptr);
+        qmr::test_fail_alloc_after(0);
+        EXPECT_EQ(get_toerrno(), 0) << "the context is made once memory is back";
     });
 }
 
@@ -143,34 +176,10 @@ TEST(ThreadContext, FailedAllocationsLeaveNoPartialContext)
     });
 }
 
-TEST(ThreadContext, NoContextGivesTheNeutralResults)
-{
-    on_new_thread([] {
-        qmr::test_fail_alloc_after(1, true);
-        EXPECT_EQ(get_toerrno(), -406);
-        EXPECT_EQ(set_toerrno(5), 0);
-        EXPECT_EQ(get_glserror(), -406);
-        EXPECT_EQ(set_glserror(-23104), -406);
-        EXPECT_EQ(getgenerr(), -406);
-        EXPECT_EQ(gget_dbver(), 0);
-        gset_dbver();
-        EXPECT_EQ(qmrGEN_getFloatType(), -1);
-        qmrGEN_setFloatType(3);
-        EXPECT_EQ(CheckGenInit(), nullptr);
-        EXPECT_EQ(CheckSaveAreaInit(), nullptr);
-        EXPECT_EQ(gentcb_alloc(), nullptr);
-        void *out = nullptr;
-        EXPECT_EQ(get_thread_context(nullptr, QMR_SLOT_ROOT, &out), -1);
-        EXPECT_EQ(out, nullptr);
-        qmr::test_fail_alloc_after(0);
-        EXPECT_EQ(get_toerrno(), 0) << "the context is made once memory is back";
-    });
-}
-
 TEST(ThreadContext, ThreadEndFreesEveryOwnedResource)
 {
     int fd = -1;
-    qmrtest::thread_cleanup_calls = 0;
+    thread_cleanup_calls = 0;
     on_new_thread([&fd] {
         qmr_tcb_t *root = CheckAlltcbInit();
         ASSERT_NE(root, nullptr);
@@ -184,35 +193,25 @@ TEST(ThreadContext, ThreadEndFreesEveryOwnedResource)
         root->glob->owned[1] = cl_ext_malloc(8);
         root->glob->table = ghashcreat(3);
         root->glob->file_table = ghashcreat(5);
-        static char key[] = "k";
-        struct Entry {
-            char *key;
-        };
-        auto *entry = static_cast<Entry *>(cl_ext_malloc(sizeof(Entry)));
-        entry->key = key;
-        ghashins(root->glob->file_table, entry);
+        ghashins(root->glob->file_table, file_entry("k"));
         root->save->owned[2] = cl_ext_malloc(8);
         root->extra = cl_ext_malloc(24);
         // Everything above is released by the key's destructor; a leak or a
         // double free shows under the sanitizers.
     });
-    EXPECT_EQ(qmrtest::thread_cleanup_calls, 1);
+    EXPECT_EQ(thread_cleanup_calls, 1);
     errno = 0;
     EXPECT_EQ(::fcntl(fd, F_GETFD), -1) << "the message file was closed at thread end";
     EXPECT_EQ(errno, EBADF);
-}
 
-TEST(ThreadContext, FreeAllTcbsThenANewContext)
-{
     on_new_thread([] {
         ASSERT_EQ(set_toerrno(-1213), 0);
-        qmr_tcb_t *first = CheckAlltcbInit();
-        first->extra = cl_ext_malloc(8);
+        CheckAlltcbInit()->extra = cl_ext_malloc(8);
         FreeAllTcbs();
         void *root = nullptr;
         int created = 0;
         ASSERT_EQ(get_thread_context(&created, QMR_SLOT_ROOT, &root), 0);
-        EXPECT_EQ(created, 1) << "the key no longer points at the freed root";
+        EXPECT_EQ(created, 1) << "FreeAllTcbs: the key no longer points at the freed root";
         FreeAllTcbs();
         EXPECT_EQ(get_toerrno(), 0) << "a fresh context has a fresh error state";
         // Thread end frees the new context once (no double free).
@@ -238,13 +237,13 @@ TEST(ThreadContext, ThreadsThatComeAndGoLeaveNothingBehind)
 TEST(StartUp, InterfaceCheckBecomesTheFirstThreadsGeneralError)
 {
     Destroy_keys();
-    qmrtest::check_api_answer = -77;
+    check_api_answer = -77;
     int seen = 0;
     on_new_thread([&seen] { seen = getgenerr(); });
-    qmrtest::check_api_answer = 0;
+    check_api_answer = 0;
     EXPECT_EQ(seen, -77);
-    EXPECT_EQ(qmrtest::check_api_last_level, 710);
-    EXPECT_EQ(qmrtest::check_api_last_flag, 1);
+    EXPECT_EQ(check_api_last_level, 710);
+    EXPECT_EQ(check_api_last_flag, 1);
     on_new_thread([&seen] { seen = getgenerr(); });
     EXPECT_EQ(seen, 0) << "threads that did not make the keys keep 0";
 }
@@ -260,9 +259,8 @@ std::vector<const void *> locks_in_making_order()
 
 bool lock_made(const void *lock)
 {
-    qmr::ProcessLocks &l = qmr::process().locks;
-    if (lock == &l.sleep_cond)
-        return l.sleep_cond.initialised == 1;
+    if (lock == &qmr::process().locks.sleep_cond)
+        return qmr::process().locks.sleep_cond.initialised == 1;
     return static_cast<const qmrOS_mutex_t *>(lock)->initialised == 1;
 }
 
@@ -341,14 +339,8 @@ TEST(SqlHooks, DefaultsEmptyTheFileTableAndCloseTheTraceFile)
 {
     qmr_globarea_t glob{};
     glob.file_table = ghashcreat(2);
-    struct Entry {
-        const char *key;
-    };
-    for (const char *key : {"a", "b", "c"}) {
-        auto *entry = static_cast<Entry *>(cl_ext_malloc(sizeof(Entry)));
-        entry->key = key;
-        ASSERT_EQ(ghashins(glob.file_table, entry), 1);
-    }
+    for (const char *key : {"a", "b", "c"})
+        ASSERT_EQ(ghashins(glob.file_table, file_entry(key)), 1);
     _iqfremoveall(&glob);
     EXPECT_EQ(ghashlook(glob.file_table, "a"), nullptr);
     EXPECT_EQ(ghashlook(glob.file_table, "c"), nullptr);
@@ -363,18 +355,6 @@ TEST(SqlHooks, DefaultsEmptyTheFileTableAndCloseTheTraceFile)
     close_sqdbgfile(nullptr);
     EXPECT_EQ(CheckAllOsInit(nullptr), nullptr);
     EXPECT_EQ(CheckAllGlobInit(nullptr), nullptr);
-}
-
-TEST(ThreadContext, GentcbAllocGivesAFilledDetachedArea)
-{
-    qmr_genarea_t *area = gentcb_alloc();
-    ASSERT_NE(area, nullptr);
-    EXPECT_EQ(area->msgfd, -1);
-    EXPECT_EQ(area->second_minus1, -1);
-    EXPECT_EQ(area->toerrno, 0);
-    EXPECT_EQ(area->root, nullptr);
-    cl_ext_free(area);
-    genfill(nullptr);
 }
 
 } // namespace

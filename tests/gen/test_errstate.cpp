@@ -18,9 +18,8 @@ TEST(ErrorState, EachThreadSeesOnlyItsOwnErrors)
     constexpr int thread_count = 8;
     std::atomic<int> written{0};
     std::vector<std::thread> threads;
-    std::vector<int> seen_to(thread_count), seen_gls(thread_count);
     for (int i = 0; i < thread_count; ++i)
-        threads.emplace_back([&, i] {
+        threads.emplace_back([&written, i] {
             EXPECT_EQ(get_toerrno(), 0) << "a new thread starts clean";
             EXPECT_EQ(get_glserror(), 0);
             EXPECT_EQ(set_toerrno(-1200 - i), 0);
@@ -28,15 +27,12 @@ TEST(ErrorState, EachThreadSeesOnlyItsOwnErrors)
             written.fetch_add(1);
             while (written.load() < thread_count)
                 std::this_thread::yield();
-            seen_to[i] = get_toerrno();
-            seen_gls[i] = get_glserror();
+            // Every thread has written its own values by now.
+            EXPECT_EQ(get_toerrno(), -1200 - i) << "thread " << i;
+            EXPECT_EQ(get_glserror(), -23100 - i) << "thread " << i;
         });
     for (std::thread &t : threads)
         t.join();
-    for (int i = 0; i < thread_count; ++i) {
-        EXPECT_EQ(seen_to[i], -1200 - i) << "thread " << i;
-        EXPECT_EQ(seen_gls[i], -23100 - i) << "thread " << i;
-    }
     on_new_thread([] { EXPECT_EQ(get_toerrno(), 0) << "another thread still sees 0"; });
 }
 
@@ -51,6 +47,13 @@ TEST(ErrorState, SettingsKeepTheirValues)
         EXPECT_EQ(qmrGEN_getFloatType(), -5);
         EXPECT_EQ(getgenerr(), 0);
     });
+    // The ANSI switch is process-wide.
+    gen_setansidb(1);
+    int seen = 0;
+    on_new_thread([&seen] { seen = ansidb; });
+    EXPECT_EQ(seen, 1);
+    gen_setansidb(0);
+    EXPECT_EQ(ansidb, 0);
 }
 
 TEST(ErrorState, WorkersUseTheRootTheyAreGiven)
@@ -73,17 +76,7 @@ TEST(ErrorState, WorkersUseTheRootTheyAreGiven)
     set_toerrno(0);
 }
 
-TEST(ErrorState, AnsiSwitchIsProcessWide)
-{
-    gen_setansidb(1);
-    int seen = 0;
-    on_new_thread([&seen] { seen = ansidb; });
-    EXPECT_EQ(seen, 1);
-    gen_setansidb(0);
-    EXPECT_EQ(ansidb, 0);
-}
-
-TEST(LocaleSlot, DefaultEnvironmentAndTheSingleEnvironmentFastPath)
+TEST(LocaleSlot, DefaultSeveralAndTheSingleEnvironmentFastPath)
 {
     qmr::process().glsenv_count.store(0);
     on_new_thread([] {
@@ -94,10 +87,7 @@ TEST(LocaleSlot, DefaultEnvironmentAndTheSingleEnvironmentFastPath)
         EXPECT_EQ(qmr_get_glsenv_thread(), env);
         EXPECT_EQ(qmr_get_gl_locale_thread(), nullptr);
     });
-}
-
-TEST(LocaleSlot, SeveralEnvironmentsAreKeptPerThread)
-{
+    // Several environments are kept per thread.
     static qmr_glsenv_t other{};
     static int handle;
     other.locale = &handle;

@@ -11,6 +11,7 @@
 #include <map>
 #include <random>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
@@ -24,42 +25,22 @@ struct Entry {
 
 TEST(Hash, HashpjwGivesTheSixteenBitWeinbergerValue)
 {
-    struct Row {
-        const char *key;
-        int n;
-        int want;
-    };
     // Values worked out by hand; a 32-bit variant, signed bytes or a missing
-    // fold of the top nibble each give different numbers.
-    const Row rows[] = {
-        {"", 7, 0},
-        {"abc", 1, 0},
-        {"a", 65536, 97},
-        {"ab", 65536, 1650},
-        {"abc", 65536, 2019}, // first fold: 0x6783 -> 0x07E3
-        {"abcd", 65536, 3812},
-        {"abcd", 7, 4},
-        {"hashpjw", 65536, 519},
-        {"CLIENT_LOCALE", 65536, 485},
-        {"CLIENT_LOCALE", 101, 81},
-        {"\xFF", 65536, 255}, // bytes are unsigned
-        {"\x80\x81\x82\x83\x84", 65536, 676},
-        {"\x80\x81\x82\x83\x84", INT_MAX, 676},
-        {nullptr, 7, 0},
-        {"abc", 0, 0},
-        {"abc", -3, 0},
-    };
-    for (const Row &r : rows)
-        EXPECT_EQ(hashpjw(r.key, r.n), r.want) << (r.key ? r.key : "(null)") << " mod " << r.n;
-}
-
-TEST(Hash, CreateRejectsSizesBelowOneBeforeAllocating)
-{
-    for (int n : {0, -1, INT_MIN}) {
-        qmr::test_reset_alloc_count();
-        EXPECT_EQ(ghashcreat(n), nullptr) << n;
-        EXPECT_EQ(qmr::test_alloc_count(), 0) << n;
-    }
+    // fold of the top nibble each give different numbers. "abc" is the first
+    // to fold (0x6783 -> 0x07E3); "\xFF" shows that bytes are unsigned.
+    // clang-format off
+    const std::tuple<const char *, int, int> rows[] = { // key, n, hashpjw(key, n)
+        {"", 7, 0},                             {"abc", 1, 0},
+        {"a", 65536, 97},                       {"ab", 65536, 1650},
+        {"abc", 65536, 2019},                   {"abcd", 65536, 3812},
+        {"abcd", 7, 4},                         {"hashpjw", 65536, 519},
+        {"CLIENT_LOCALE", 65536, 485},          {"CLIENT_LOCALE", 101, 81},
+        {"\xFF", 65536, 255},                   {"\x80\x81\x82\x83\x84", 65536, 676},
+        {"\x80\x81\x82\x83\x84", INT_MAX, 676}, {nullptr, 7, 0},
+        {"abc", 0, 0},                          {"abc", -3, 0}};
+    // clang-format on
+    for (const auto &[key, n, want] : rows)
+        EXPECT_EQ(hashpjw(key, n), want) << (key ? key : "(null)") << " mod " << n;
 }
 
 TEST(Hash, EqualKeysStackNewestFirst)
@@ -84,8 +65,13 @@ TEST(Hash, EqualKeysStackNewestFirst)
     }
 }
 
-TEST(Hash, NullArgumentsAreHarmless)
+TEST(Hash, BadArgumentsAreHarmless)
 {
+    for (int n : {0, -1, INT_MIN}) {
+        qmr::test_reset_alloc_count();
+        EXPECT_EQ(ghashcreat(n), nullptr) << n;
+        EXPECT_EQ(qmr::test_alloc_count(), 0) << "a size below one is refused before allocating";
+    }
     qmr_hashtab_t *t = ghashcreat(3);
     ASSERT_NE(t, nullptr);
     Entry e{"k", 1};
@@ -101,14 +87,6 @@ TEST(Hash, NullArgumentsAreHarmless)
     EXPECT_EQ(ghashlook(t, ""), nullptr);
     ghashremove(t);
     ghashremove(nullptr);
-}
-
-// Every node must sit in the bucket its key hashes to.
-void expect_nodes_in_their_buckets(const qmr_hashtab_t *t)
-{
-    for (int i = 0; i < t->nbuckets; ++i)
-        for (const qmr_hashnode_t *node = t->buckets[i]; node != nullptr; node = node->next)
-            ASSERT_EQ(hashpjw(static_cast<const Entry *>(node->entry)->key, t->nbuckets), i);
 }
 
 TEST(Hash, RandomOperationsMatchAMapOfStacks)
@@ -152,7 +130,10 @@ TEST(Hash, RandomOperationsMatchAMapOfStacks)
         }
         for (const auto &[key, stack] : oracle)
             EXPECT_EQ(ghashlook(t, key.c_str()), stack.empty() ? nullptr : stack.back());
-        expect_nodes_in_their_buckets(t);
+        // Every node must sit in the bucket its key hashes to.
+        for (int i = 0; i < t->nbuckets; ++i)
+            for (const qmr_hashnode_t *node = t->buckets[i]; node != nullptr; node = node->next)
+                ASSERT_EQ(hashpjw(static_cast<const Entry *>(node->entry)->key, t->nbuckets), i);
         ghashremove(t);
         for (std::size_t i = 0; i < used; ++i)
             ASSERT_EQ(entries[i].id, static_cast<int>(i)) << "entries are the caller's";
@@ -164,13 +145,12 @@ TEST(Hash, OutOfMemoryFailsCleanly)
     // First the header, then the bucket array. The header must be freed: the
     // sanitizer build's leak check reports it otherwise (repeated, because a
     // stale copy of one pointer can hide one leak from a conservative scan).
-    for (int k : {1, 2}) {
+    for (int k : {1, 2})
         for (int i = 0; i < 32; ++i) {
             qmr::test_fail_alloc_after(k);
             EXPECT_EQ(ghashcreat(5), nullptr) << "failing allocation " << k;
             qmr::test_fail_alloc_after(0);
         }
-    }
     qmr_hashtab_t *t = ghashcreat(5);
     ASSERT_NE(t, nullptr);
     Entry old{"k", 1}, fresh{"k", 2};

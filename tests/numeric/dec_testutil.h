@@ -8,6 +8,7 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <cstdint>
 #include <cstring>
 #include <initializer_list>
@@ -27,9 +28,7 @@ inline dec_t raw(int sign, int exponent, std::initializer_list<int> digits)
     d.sign = static_cast<short>(sign);
     d.exponent = static_cast<short>(exponent);
     d.ndigits = static_cast<short>(digits.size());
-    int i = 0;
-    for (int v : digits)
-        d.digits[i++] = static_cast<char>(v);
+    std::copy(digits.begin(), digits.end(), d.digits);
     return d;
 }
 
@@ -47,58 +46,39 @@ inline dec_t zero_dec()
 // aligning the digits on base-100 pairs around the point by hand.
 inline dec_t dec(const std::string &text)
 {
-    std::size_t p = 0;
-    int sign = 1;
-    if (text[p] == '-' || text[p] == '+')
-        sign = text[p++] == '-' ? 0 : 1;
-    std::string ip, fp;
-    for (; p < text.size() && text[p] != '.'; ++p)
-        ip += text[p];
-    if (p < text.size())
-        fp = text.substr(p + 1);
-    if (ip.size() % 2)
-        ip = "0" + ip;
-    if (fp.size() % 2)
-        fp += "0";
-    std::string all = ip + fp;
+    const bool has_sign = text[0] == '-' || text[0] == '+';
+    const std::size_t point = std::min(text.find('.'), text.size());
+    std::string ip = text.substr(has_sign, point - has_sign);
+    std::string fp = point < text.size() ? text.substr(point + 1) : "";
+    ip.insert(0, ip.size() % 2, '0');
+    fp.append(fp.size() % 2, '0');
+    const std::string all = ip + fp;
     char bytes[128];
     const int n = static_cast<int>(all.size() / 2);
     for (int i = 0; i < n; ++i)
         bytes[i] = static_cast<char>((all[2 * i] - '0') * 10 + (all[2 * i + 1] - '0'));
     dec_t d;
     std::memset(&d, 0x5A, sizeof d);
-    decload(&d, sign, static_cast<int>(ip.size() / 2), bytes, n);
+    decload(&d, text[0] == '-' ? 0 : 1, static_cast<int>(ip.size() / 2), bytes, n);
     return d;
 }
 
 // 10^k as a record.
 inline dec_t pow10(int k)
 {
-    dec_t d = raw(1, 0, {});
-    const int e = k >= 0 ? k / 2 : -((-k + 1) / 2);
-    const int rem = k - 2 * e; // 0 or 1
-    d.exponent = static_cast<short>(e + 1);
-    d.ndigits = 1;
-    d.digits[0] = static_cast<char>(rem == 0 ? 1 : 10);
-    return d;
+    const int e = k >= 0 ? k / 2 : -((-k + 1) / 2); // k / 2 rounded down
+    return raw(1, e + 1, {k == 2 * e ? 1 : 10});
 }
 
 inline dec_t from_i128(i128 v)
 {
-    const int sign = v < 0 ? 0 : 1;
-    if (v < 0)
-        v = -v;
     char bytes[20];
     int n = 0;
-    char rev[20];
-    while (v != 0) {
-        rev[n++] = static_cast<char>(v % 100);
-        v /= 100;
-    }
-    for (int i = 0; i < n; ++i)
-        bytes[i] = rev[n - 1 - i];
+    for (i128 m = v < 0 ? -v : v; m != 0; m /= 100)
+        bytes[n++] = static_cast<char>(m % 100);
+    std::reverse(bytes, bytes + n);
     dec_t d;
-    decload(&d, sign, n, bytes, n);
+    decload(&d, v < 0 ? 0 : 1, n, bytes, n);
     return d;
 }
 
@@ -122,17 +102,10 @@ inline std::string show(const dec_t &d)
 
 inline std::string show(i128 v)
 {
-    if (v == 0)
-        return "0";
     std::string s;
-    const bool neg = v < 0;
-    if (neg)
-        v = -v;
-    while (v != 0) {
-        s.insert(s.begin(), static_cast<char>('0' + static_cast<int>(v % 10)));
-        v /= 10;
-    }
-    return neg ? "-" + s : s;
+    for (i128 m = v < 0 ? -v : v; m != 0 || s.empty(); m /= 10)
+        s.insert(s.begin(), static_cast<char>('0' + static_cast<int>(m % 10)));
+    return v < 0 ? "-" + s : s;
 }
 
 // Same value representation: sign, exponent, digit count and held digits.
@@ -150,22 +123,29 @@ struct Gen {
 
     int uniform(int lo, int hi) { return std::uniform_int_distribution<int>(lo, hi)(rng); }
 
+    // One of `edge` with odds 1 in `one_in`, else uniform in [lo, hi].
+    template <std::size_t N> int biased(const int (&edge)[N], int one_in, int lo, int hi)
+    {
+        return uniform(0, one_in - 1) == 0 ? edge[uniform(0, static_cast<int>(N) - 1)]
+                                           : uniform(lo, hi);
+    }
+
     int digit()
     {
         static constexpr int edge[] = {0, 1, 9, 10, 49, 50, 51, 90, 98, 99};
-        return uniform(0, 2) == 0 ? edge[uniform(0, 9)] : uniform(0, 99);
+        return biased(edge, 3, 0, 99);
     }
 
     int length()
     {
         static constexpr int edge[] = {1, 2, 15, 16, 16};
-        return uniform(0, 1) == 0 ? edge[uniform(0, 4)] : uniform(1, 16);
+        return biased(edge, 2, 1, 16);
     }
 
     int exponent()
     {
         static constexpr int edge[] = {-64, -63, -62, 0, 1, 61, 62, 63};
-        return uniform(0, 3) == 0 ? edge[uniform(0, 7)] : uniform(-64, 63);
+        return biased(edge, 4, -64, 63);
     }
 
     // A normalised non-zero value with the given exponent.
@@ -185,28 +165,17 @@ struct Gen {
         return d;
     }
 
-    dec_t value()
-    {
-        if (uniform(0, 30) == 0)
-            return zero_dec();
-        return value_at(exponent());
-    }
+    dec_t value() { return uniform(0, 30) == 0 ? zero_dec() : value_at(exponent()); }
 
-    // An integer of up to max_decimal decimal digits, often all 9s or a power of 10.
+    // An integer of up to max_decimal decimal digits, often all 9s or a power
+    // of 10 (or 5 times one).
     i128 integer(int max_decimal)
     {
-        const int nd = uniform(1, max_decimal);
+        const int nd = uniform(1, max_decimal), kind = uniform(0, 5);
         i128 v = 0;
-        const int kind = uniform(0, 5);
         for (int i = 0; i < nd; ++i) {
-            int dd = uniform(0, 9);
-            if (kind == 0)
-                dd = 9;
-            else if (kind == 1)
-                dd = i == 0 ? 1 : 0;
-            else if (kind == 2)
-                dd = i == 0 ? 5 : 0;
-            v = v * 10 + dd;
+            const int dd = uniform(0, 9);
+            v = v * 10 + (kind == 0 ? 9 : kind == 1 ? i == 0 : kind == 2 ? 5 * (i == 0) : dd);
         }
         return uniform(0, 1) ? -v : v;
     }

@@ -4,6 +4,7 @@
 #include "dec_testutil.h"
 #include "decimal_reference.hpp"
 
+#include <algorithm>
 #include <cstdio>
 #include <vector>
 
@@ -37,17 +38,10 @@ struct Operands {
     std::vector<dec_t> pool;
     explicit Operands(std::uint64_t seed) : g(seed) {}
 
-    void garbage(dec_t &d)
-    {
-        for (int i = d.ndigits; i < QMR_DECSIZE; ++i)
-            d.digits[i] = static_cast<char>(g.uniform(0, 255));
-    }
-
     dec_t shaped(int exponent)
     {
         dec_t d = g.value_at(exponent);
-        const int kind = g.uniform(0, 99);
-        const int n = g.length();
+        const int kind = g.uniform(0, 99), n = g.length();
         if (kind < 8) { // a run of 99s, maybe ending in a 50
             d.ndigits = static_cast<short>(n);
             std::memset(d.digits, 99, static_cast<std::size_t>(n));
@@ -73,7 +67,6 @@ struct Operands {
     {
         const int kind = g.uniform(0, 99);
         dec_t d;
-        std::memset(&d, 0, sizeof d);
         if (kind < 2) {
             d = null_dec();
             if (g.uniform(0, 1)) { // only the sign marks a null
@@ -88,7 +81,8 @@ struct Operands {
         } else {
             d = shaped(exponent);
         }
-        garbage(d);
+        for (int i = d.ndigits; i < QMR_DECSIZE; ++i)
+            d.digits[i] = static_cast<char>(g.uniform(0, 255));
         return d;
     }
 
@@ -98,10 +92,8 @@ struct Operands {
     dec_t second(const dec_t &a)
     {
         if (g.uniform(0, 2) == 0)
-            return next(g.exponent());
-        int e = a.exponent + g.uniform(-18, 18);
-        e = e < -64 ? -64 : e > 63 ? 63 : e;
-        return next(e);
+            return first();
+        return next(std::clamp(a.exponent + g.uniform(-18, 18), -64, 63));
     }
 
     void keep(const dec_t &r)
@@ -126,11 +118,15 @@ struct Operands {
     int scale() { return g.uniform(0, 3) == 0 ? g.uniform(-70, 140) : g.uniform(-6, 8); }
 };
 
-// Where a failure happened, printed only when an assertion fails.
+// Where a failure happened, printed only when an assertion fails: the
+// operands, and the scale or the digit run a call took.
 struct Where {
     std::uint64_t seed;
     int iter;
     const dec_t *a, *b;
+    int scale = 0;
+    const char *run = nullptr;
+    int count = 0;
 };
 
 std::ostream &operator<<(std::ostream &os, const Where &w)
@@ -138,15 +134,29 @@ std::ostream &operator<<(std::ostream &os, const Where &w)
     os << "seed " << w.seed << " iteration " << w.iter << "\n a=" << rec(*w.a);
     if (w.b != nullptr)
         os << "\n b=" << rec(*w.b);
-    return os << "\n ";
+    if (w.run != nullptr)
+        os << "\n run " << hex(w.run, static_cast<std::size_t>(w.count));
+    return os << "\n scale " << w.scale << "\n ";
+}
+
+// Runs call(record, true) (the library) and call(record, false) (the
+// reference), each on its own copy of `start`, and requires the same return
+// code and the same bytes in the whole record; the library's record goes to
+// the operand pool when one is given.
+template <typename Call>
+void agree(const Where &w, const char *name, const char *how, const dec_t &start, Operands *pool,
+           Call call)
+{
+    dec_t r1 = start, r2 = start;
+    const int c1 = call(r1, true), c2 = call(r2, false);
+    ASSERT_EQ(c1, c2) << w << name << how;
+    ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
+        << w << name << how << " " << rec(r1) << " want " << rec(r2);
+    if (pool != nullptr)
+        pool->keep(r1);
 }
 
 using BinOp = int (*)(const dec_t *, const dec_t *, dec_t *) noexcept;
-
-struct OpPair {
-    const char *name;
-    BinOp lib, oracle;
-};
 
 // The oracle divides by its trial divisor, the first two digits of b: a divisor
 // whose first two digits are both zero is outside what either routine handles.
@@ -157,55 +167,38 @@ bool divisible_by(const dec_t &b)
     return b.digits[0] != 0 || (b.ndigits > 1 && b.digits[1] != 0);
 }
 
-// One operation on (a, b) into a garbage-filled result, then with the result
-// aliasing a, b, and both operands the same record.
-void check_op(const OpPair &op, const dec_t &a, const dec_t &b, const dec_t &junk, Operands &ops,
-              const Where &where)
-{
-    dec_t r1 = junk, r2 = junk;
-    const int c1 = op.lib(&a, &b, &r1), c2 = op.oracle(&a, &b, &r2);
-    ASSERT_EQ(c1, c2) << where << op.name;
-    ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-        << where << op.name << " " << rec(r1) << " want " << rec(r2);
-    ops.keep(r1);
-
-    dec_t x1 = a, x2 = a;
-    ASSERT_EQ(op.lib(&x1, &b, &x1), op.oracle(&x2, &b, &x2)) << where << op.name << " into a";
-    ASSERT_EQ(std::memcmp(&x1, &x2, sizeof x1), 0)
-        << where << op.name << " into a " << rec(x1) << " want " << rec(x2);
-
-    x1 = b, x2 = b;
-    ASSERT_EQ(op.lib(&a, &x1, &x1), op.oracle(&a, &x2, &x2)) << where << op.name << " into b";
-    ASSERT_EQ(std::memcmp(&x1, &x2, sizeof x1), 0)
-        << where << op.name << " into b " << rec(x1) << " want " << rec(x2);
-
-    if (op.lib == decdiv && !divisible_by(a))
-        return;
-    x1 = a, x2 = a;
-    ASSERT_EQ(op.lib(&x1, &x1, &x1), op.oracle(&x2, &x2, &x2))
-        << where << op.name << " a with a into a";
-    ASSERT_EQ(std::memcmp(&x1, &x2, sizeof x1), 0)
-        << where << op.name << " a with a " << rec(x1) << " want " << rec(x2);
-}
-
 } // namespace
 
+// Each operation into a garbage-filled result, then with the result aliasing
+// a, b, and both operands the same record.
 TEST(DecOracle, ArithmeticMatchesReference)
 {
-    const OpPair ops[] = {{"decadd", decadd, ref::decadd},
-                          {"decsub", decsub, ref::decsub},
-                          {"decmul", decmul, ref::decmul},
-                          {"decdiv", decdiv, ref::decdiv}};
+    const struct {
+        const char *name;
+        BinOp lib, oracle;
+    } ops[] = {{"decadd", decadd, ref::decadd},
+               {"decsub", decsub, ref::decsub},
+               {"decmul", decmul, ref::decmul},
+               {"decdiv", decdiv, ref::decdiv}};
     for (std::uint64_t seed : {1u, 2u, 3u}) {
         Operands gen(seed);
-        for (int iter = 0; iter < 100000; ++iter) {
+        for (int iter = 0; iter < 100000 && !HasFatalFailure(); ++iter) {
             const dec_t a = gen.first(), b = gen.second(a), junk = gen.junk();
-            for (const OpPair &op : ops) {
-                if (op.lib == decdiv && !divisible_by(b))
+            const Where w{seed, iter, &a, &b};
+            for (const auto &op : ops) {
+                const bool div = op.lib == decdiv;
+                if (div && !divisible_by(b))
                     continue;
-                check_op(op, a, b, junk, gen, Where{seed, iter, &a, &b});
-                if (HasFatalFailure())
-                    return;
+                const auto fn = [&](bool lib) { return lib ? op.lib : op.oracle; };
+                agree(w, op.name, "", junk, &gen,
+                      [&](dec_t &r, bool lib) { return fn(lib)(&a, &b, &r); });
+                agree(w, op.name, " into a", a, nullptr,
+                      [&](dec_t &x, bool lib) { return fn(lib)(&x, &b, &x); });
+                agree(w, op.name, " into b", b, nullptr,
+                      [&](dec_t &x, bool lib) { return fn(lib)(&a, &x, &x); });
+                if (!div || divisible_by(a))
+                    agree(w, op.name, " a with a into a", a, nullptr,
+                          [&](dec_t &x, bool lib) { return fn(lib)(&x, &x, &x); });
             }
         }
     }
@@ -215,11 +208,9 @@ TEST(DecOracle, CompareRoundTruncMatchReference)
 {
     const std::uint64_t seed = 11;
     Operands gen(seed);
-    for (int iter = 0; iter < 200000; ++iter) {
+    for (int iter = 0; iter < 200000 && !HasFatalFailure(); ++iter) {
         const dec_t a = gen.first(), b = gen.second(a);
-        const Where where{seed, iter, &a, &b};
-        ASSERT_EQ(deccmp(&a, &b), ref::deccmp(&a, &b)) << where;
-        ASSERT_EQ(deccmp(&a, &a), ref::deccmp(&a, &a)) << where;
+        Where w{seed, iter, &a, &b};
         // a near twin of a: one digit, or the digit count, or the sign moved,
         // so that long equal prefixes reach the digit comparison
         dec_t twin = a;
@@ -233,20 +224,18 @@ TEST(DecOracle, CompareRoundTruncMatchReference)
             twin.digits[twin.ndigits++] = static_cast<char>(gen.g.uniform(0, 99));
         else if (twin.sign != -1)
             twin.sign = static_cast<short>(1 - twin.sign);
-        ASSERT_EQ(deccmp(&a, &twin), ref::deccmp(&a, &twin)) << where << rec(twin);
-        ASSERT_EQ(deccmp(&twin, &a), ref::deccmp(&twin, &a)) << where << rec(twin);
-        const int s = gen.scale();
-        dec_t r1 = a, r2 = a;
-        decround(&r1, s);
-        ref::decround(&r2, s);
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-            << where << "decround " << s << " " << rec(r1) << " want " << rec(r2);
-        gen.keep(r1);
-        r1 = a, r2 = a;
-        dectrunc(&r1, s);
-        ref::dectrunc(&r2, s);
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-            << where << "dectrunc " << s << " " << rec(r1) << " want " << rec(r2);
+        using Pair = std::pair<const dec_t *, const dec_t *>;
+        for (const auto &[x, y] : {Pair{&a, &b}, Pair{&a, &a}, Pair{&a, &twin}, Pair{&twin, &a}})
+            ASSERT_EQ(deccmp(x, y), ref::deccmp(x, y)) << w << rec(*x) << " with " << rec(*y);
+        w.scale = gen.scale();
+        agree(w, "decround", "", a, &gen, [&](dec_t &x, bool lib) {
+            (lib ? decround : ref::decround)(&x, w.scale);
+            return 0;
+        });
+        agree(w, "dectrunc", "", a, nullptr, [&](dec_t &x, bool lib) {
+            (lib ? dectrunc : ref::dectrunc)(&x, w.scale);
+            return 0;
+        });
     }
 }
 
@@ -255,9 +244,8 @@ TEST(DecOracle, LoadAndStoredFormMatchReference)
     const std::uint64_t seed = 21;
     Operands gen(seed);
     Gen &g = gen.g;
-    for (int iter = 0; iter < 200000; ++iter) {
+    for (int iter = 0; iter < 200000 && !HasFatalFailure(); ++iter) {
         const dec_t junk = gen.junk();
-        const Where where{seed, iter, &junk, nullptr};
         // a digit run of up to 40 bytes, zeros and 99s at either end
         char bytes[40];
         const int count = g.uniform(0, 3) == 0 ? g.uniform(0, 40) : g.uniform(14, 19);
@@ -267,32 +255,23 @@ TEST(DecOracle, LoadAndStoredFormMatchReference)
         }
         const int sign = g.uniform(0, 9) == 0 ? -1 : g.uniform(0, 1);
         const int exponent = g.uniform(-80, 80);
-        dec_t r1 = junk, r2 = junk;
-        ASSERT_EQ(decload(&r1, sign, exponent, bytes, count),
-                  ref::decload(&r2, sign, exponent, bytes, count))
-            << hex(bytes, static_cast<std::size_t>(count));
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-            << where << hex(bytes, static_cast<std::size_t>(count)) << rec(r1) << " want "
-            << rec(r2);
+        const Where w{seed, iter, &junk, nullptr, 0, bytes, count};
+        agree(w, "decload", "", junk, nullptr, [&](dec_t &r, bool lib) {
+            return (lib ? decload : ref::decload)(&r, sign, exponent, bytes, count);
+        });
         // the run may be the result's own digit bytes
-        const int own = count < QMR_DECSIZE ? count : QMR_DECSIZE;
-        r1 = junk, r2 = junk;
-        std::memcpy(r1.digits, bytes, static_cast<std::size_t>(own));
-        std::memcpy(r2.digits, bytes, static_cast<std::size_t>(own));
-        ASSERT_EQ(decload(&r1, sign, exponent, r1.digits, own),
-                  ref::decload(&r2, sign, exponent, r2.digits, own))
-            << where;
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-            << where << "own digits " << rec(r1) << " want " << rec(r2);
+        const int own = std::min(count, QMR_DECSIZE);
+        dec_t start = junk;
+        std::memcpy(start.digits, bytes, static_cast<std::size_t>(own));
+        agree(w, "decload", " own digits", start, nullptr, [&](dec_t &r, bool lib) {
+            return (lib ? decload : ref::decload)(&r, sign, exponent, r.digits, own);
+        });
 
         // stored bytes of a random length, read back; then a value stored
         const int len = g.uniform(1, 20);
-        r1 = junk, r2 = junk;
-        ASSERT_EQ(lddecimal(bytes, len < count ? len : count, &r1),
-                  ref::lddecimal(bytes, len < count ? len : count, &r2))
-            << where;
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0)
-            << where << "lddecimal " << rec(r1) << " want " << rec(r2);
+        agree(w, "lddecimal", "", junk, nullptr, [&](dec_t &r, bool lib) {
+            return (lib ? lddecimal : ref::lddecimal)(bytes, std::min(len, count), &r);
+        });
         const dec_t v = gen.first();
         char s1[20], s2[20];
         std::memset(s1, 0x5A, sizeof s1);
@@ -300,7 +279,7 @@ TEST(DecOracle, LoadAndStoredFormMatchReference)
         stdecimal(&v, s1, len);
         ref::stdecimal(&v, s2, len);
         ASSERT_EQ(std::memcmp(s1, s2, sizeof s1), 0)
-            << where << "stdecimal " << rec(v) << " into " << len;
+            << w << "stdecimal " << rec(v) << " into " << len;
     }
 }
 
@@ -308,15 +287,13 @@ TEST(DecOracle, SquareRootMatchesReference)
 {
     const std::uint64_t seed = 31;
     Gen g(seed);
-    for (int iter = 0; iter < 3000; ++iter) {
+    dec_t start;
+    std::memset(&start, 0x33, sizeof start);
+    for (int iter = 0; iter < 3000 && !HasFatalFailure(); ++iter) {
         dec_t x = g.value_at(g.exponent());
         if (g.uniform(0, 3) == 0)
             x.sign = 0;
-        const Where where{seed, iter, &x, nullptr};
-        dec_t r1, r2;
-        std::memset(&r1, 0x33, sizeof r1);
-        std::memset(&r2, 0x33, sizeof r2);
-        ASSERT_EQ(decsqrt(&x, &r1), ref::decsqrt(&x, &r2)) << where;
-        ASSERT_EQ(std::memcmp(&r1, &r2, sizeof r1), 0) << where << rec(r1) << " want " << rec(r2);
+        agree(Where{seed, iter, &x, nullptr}, "decsqrt", "", start, nullptr,
+              [&](dec_t &r, bool lib) { return (lib ? decsqrt : ref::decsqrt)(&x, &r); });
     }
 }

@@ -58,7 +58,33 @@ i128 next(std::mt19937_64 &rng)
     return (rng() & 1) ? -v : v;
 }
 
-TEST(Int8Arith, AddSubMulAgreeWithWideOracle)
+// The text route: x's exact decimal expansion with its fraction dropped, read
+// as an integer; false when that lies beyond the range.
+bool text_route(double x, i128 *out)
+{
+    char text[400];
+    std::snprintf(text, sizeof text, "%.1f", std::trunc(x));
+    const char *p = text + (text[0] == '-');
+    if (std::strchr(p, '.') - p > 19)
+        return false;
+    i128 v = 0;
+    for (; *p != '.'; ++p)
+        v = v * 10 + (*p - '0');
+    *out = text[0] == '-' ? -v : v;
+    return v <= kMax;
+}
+
+int order(i128 x, i128 y)
+{
+    return (x > y) - (x < y);
+}
+
+} // namespace
+
+// Checked operations refuse what does not fit and leave the result alone;
+// the unchecked ones wrap as the native value does; division truncates toward
+// zero with the remainder taking the dividend's sign.
+TEST(Int8Arith, TwoOperandsAgreeWithWideOracle)
 {
     struct Op {
         int (*checked)(const qmr_int8_t *, const qmr_int8_t *, qmr_int8_t *);
@@ -72,10 +98,10 @@ TEST(Int8Arith, AddSubMulAgreeWithWideOracle)
     };
     std::mt19937_64 rng(1);
     for (int i = 0; i < 30000; ++i) {
-        const i128 x = next(rng), y = next(rng);
+        const i128 x = next(rng), y = i % 7 ? next(rng) : x;
         const qmr_int8_t a = rec(x), b = rec(y);
+        SCOPED_TRACE(dectest::show(x) + " op " + dectest::show(y));
         for (const Op &op : ops) {
-            SCOPED_TRACE(dectest::show(x) + " op " + dectest::show(y));
             const i128 want = op.exact(x, y);
             const bool fits = want >= -kMax && want <= kMax;
             qmr_int8_t r = garbage();
@@ -91,40 +117,35 @@ TEST(Int8Arith, AddSubMulAgreeWithWideOracle)
             ASSERT_EQ(op.checked(&alias, &b, &alias), fits ? 0 : QMR_E_NOFIT);
             ASSERT_EQ(val(alias), fits ? want : x);
         }
+        qmr_int8_t q = garbage(), rem = garbage();
+        ASSERT_EQ(gint8div(&a, &b, &q, &rem), y == 0 ? QMR_E_DIVZERO : 0);
+        if (y != 0) {
+            ASSERT_TRUE(val(q) == x / y && val(rem) == x % y);
+            ASSERT_EQ(qmr_int8div(&a, &b, &q), 0);
+            ASSERT_EQ(val(q), x / y);
+        }
+        const i128 ax = x < 0 ? -x : x, ay = y < 0 ? -y : y;
+        ASSERT_EQ(qmr_int8cmp(&a, &b), order(x, y));
+        ASSERT_EQ(qmr_int8cmp_det(&a, &b), order(x, y));
+        ASSERT_EQ(int8ucmp(&a, &b), order(ax, ay));
+        ASSERT_EQ(qmr_int8iszero(&a), x == 0);
     }
-    qmr_int8_t r;
+    qmr_int8_t r, rem, neg_zero = rec(0);
     EXPECT_EQ(qmr_int8add(&const_int8max, &const_int8one, &r), QMR_E_NOFIT);
     EXPECT_EQ(qmr_int8sub(&const_int8min, &const_int8one, &r), QMR_E_NOFIT);
     EXPECT_EQ(gint8add(&const_int8max, &const_int8one, &r, 0), 0);
     EXPECT_TRUE(same(r, const_int8null));
     EXPECT_EQ(qmr_int8mul(&const_int8min, &const_int8negone, &r), 0);
     EXPECT_TRUE(same(r, const_int8max));
-}
-
-TEST(Int8Arith, DivisionTruncatesTowardZero)
-{
-    std::mt19937_64 rng(2);
-    for (int i = 0; i < 30000; ++i) {
-        const i128 x = next(rng), y = next(rng);
-        const qmr_int8_t a = rec(x), b = rec(y);
-        qmr_int8_t q = garbage(), rem = garbage();
-        ASSERT_EQ(gint8div(&a, &b, &q, &rem), y == 0 ? QMR_E_DIVZERO : 0);
-        if (y != 0) {
-            ASSERT_EQ(val(q), x / y);
-            ASSERT_EQ(val(rem), x % y); // the dividend's sign
-            ASSERT_EQ(qmr_int8div(&a, &b, &q), 0);
-            ASSERT_EQ(val(q), x / y);
-        }
-    }
-    qmr_int8_t q, rem, neg_zero = rec(0);
     neg_zero.sign = -1;
     const qmr_int8_t seven = rec(7), m_two = rec(-2);
-    EXPECT_EQ(qmr_int8div(&seven, &neg_zero, &q), QMR_E_DIVZERO); // whatever its sign
-    ASSERT_EQ(gint8div(&seven, &m_two, &q, &rem), 0);
-    EXPECT_EQ(val(q), -3);
-    EXPECT_EQ(val(rem), 1);
+    EXPECT_EQ(qmr_int8div(&seven, &neg_zero, &r), QMR_E_DIVZERO); // whatever its sign
+    ASSERT_EQ(gint8div(&seven, &m_two, &r, &rem), 0);
+    EXPECT_TRUE(val(r) == -3 && val(rem) == 1);
 }
 
+// A null operand gives a null result and a -2 comparison (0 and last in the
+// deterministic order); a high word beyond 2^63-1 is refused.
 TEST(Int8Arith, NullAndMalformedOperands)
 {
     const qmr_int8_t five = rec(5);
@@ -138,6 +159,13 @@ TEST(Int8Arith, NullAndMalformedOperands)
     qmr_int8_t q = garbage(), rem = garbage();
     EXPECT_EQ(gint8div(&const_int8null, &const_int8zero, &q, &rem), 0);
     EXPECT_TRUE(same(q, const_int8null) && same(rem, garbage())); // rem not written
+    EXPECT_EQ(qmr_int8cmp(&const_int8null, &const_int8null), -2);
+    EXPECT_EQ(qmr_int8cmp(&const_int8one, &const_int8null), -2);
+    EXPECT_EQ(qmr_int8cmp_det(&const_int8null, &const_int8null), 0);
+    EXPECT_EQ(qmr_int8cmp_det(&const_int8null, &const_int8min), -1);
+    EXPECT_EQ(qmr_int8cmp_det(&const_int8min, &const_int8null), 1);
+    EXPECT_EQ(qmr_int8iszero(&const_int8null), 0);
+
     qmr_int8_t bad = rec(1), r;
     bad.data[1] = 0x80000000u; // beyond 2^63-1
     std::int64_t v;
@@ -148,53 +176,29 @@ TEST(Int8Arith, NullAndMalformedOperands)
     EXPECT_EQ(serial8inc(&bad, &r), QMR_E_NOFIT);
     EXPECT_EQ(int8toqmr_off_t(&bad, &v), QMR_E_NOFIT);
     EXPECT_EQ(qmr_int8tostr(&bad, text, 32), QMR_E_NOFIT);
-}
 
-TEST(Int8Arith, Serial8Increment)
-{
-    const std::pair<qmr_int8_t, i128> rows[] = {
-        {const_int8max, 1}, // starts again at 1
-        {const_int8negone, 0},
-        {rec(4294967295LL), 4294967296LL},
-    };
-    for (const auto &[a, want] : rows) {
-        qmr_int8_t r = garbage();
-        EXPECT_EQ(serial8inc(&a, &r), 0);
-        EXPECT_TRUE(same(r, rec(want)));
+    // serial8inc: after the maximum it starts again at 1; null stays null (-2)
+    const std::pair<qmr_int8_t, qmr_int8_t> serial[] = {{const_int8max, rec(1)},
+                                                        {const_int8negone, rec(0)},
+                                                        {rec(4294967295LL), rec(4294967296LL)},
+                                                        {const_int8null, const_int8null}};
+    for (const auto &[a, want] : serial) {
+        r = garbage();
+        EXPECT_EQ(serial8inc(&a, &r), a.sign == 0 ? -2 : 0);
+        EXPECT_TRUE(same(r, want));
     }
-    qmr_int8_t r = garbage();
-    EXPECT_EQ(serial8inc(&const_int8null, &r), -2);
-    EXPECT_TRUE(same(r, const_int8null));
-}
-
-TEST(Int8Compare, OrdersAgreeWithOracle)
-{
-    std::mt19937_64 rng(3);
-    for (int i = 0; i < 30000; ++i) {
-        const i128 x = next(rng), y = i % 7 ? next(rng) : x;
-        const qmr_int8_t a = rec(x), b = rec(y);
-        const i128 ax = x < 0 ? -x : x, ay = y < 0 ? -y : y;
-        ASSERT_EQ(qmr_int8cmp(&a, &b), (x > y) - (x < y));
-        ASSERT_EQ(qmr_int8cmp_det(&a, &b), (x > y) - (x < y));
-        ASSERT_EQ(int8ucmp(&a, &b), (ax > ay) - (ax < ay));
-        ASSERT_EQ(qmr_int8iszero(&a), x == 0);
-    }
-    EXPECT_EQ(qmr_int8cmp(&const_int8null, &const_int8null), -2);
-    EXPECT_EQ(qmr_int8cmp(&const_int8one, &const_int8null), -2);
-    EXPECT_EQ(qmr_int8cmp_det(&const_int8null, &const_int8null), 0);
-    EXPECT_EQ(qmr_int8cmp_det(&const_int8null, &const_int8min), -1);
-    EXPECT_EQ(qmr_int8cmp_det(&const_int8min, &const_int8null), 1);
-    EXPECT_EQ(qmr_int8iszero(&const_int8null), 0);
 }
 
 // Each narrow form keeps what fits, refuses the rest unwritten, and has its own
-// null standing for the INT8 null both ways.
-TEST(Int8Convert, NarrowIntegersAndNativeForm)
+// null standing for the INT8 null both ways; the wide forms, double, float,
+// decimal and stored bytes carry every value.
+TEST(Int8Convert, OneOperandAgreesWithWideOracle)
 {
     std::mt19937_64 rng(4);
     for (int i = 0; i < 30000; ++i) {
         const i128 x = next(rng);
         const qmr_int8_t a = rec(x);
+        SCOPED_TRACE(dectest::show(x));
         std::int32_t l = 99, l4 = 99;
         int n = 99;
         short s = 99;
@@ -224,6 +228,22 @@ TEST(Int8Convert, NarrowIntegersAndNativeForm)
             ASSERT_TRUE(same(b3, a));
             ASSERT_TRUE(same(b4, x == -32768 ? const_int8null : a));
         }
+        double dbl;
+        float flt;
+        ASSERT_EQ(qmr_int8todbl(&a, &dbl), 0);
+        ASSERT_EQ(dbl, static_cast<double>(static_cast<long long>(x))); // the nearest double
+        ASSERT_EQ(qmr_int8toflt(&a, &flt), 0);
+        ASSERT_EQ(flt, static_cast<float>(dbl));
+        dec_t d, d2;
+        ASSERT_EQ(qmr_int8todec(&a, &d), 0);
+        ASSERT_EQ(deccvint8(&a, &d2), 0);
+        ASSERT_TRUE(dectest::same(d, dectest::from_i128(x)) && dectest::same(d2, d));
+        qmr_int8_t back = garbage(), loaded = garbage();
+        ASSERT_EQ(qmr_int8cvdec(&d, &back), 0);
+        char bytes[QMR_INT8_STORED_SIZE];
+        stint8(&a, bytes);
+        ldint8(bytes, &loaded);
+        ASSERT_TRUE(same(back, a) && same(loaded, a));
     }
     qmr_int8_t r1 = garbage(), r2 = garbage(), r3 = garbage();
     qmr_int8cvlong(INT32_MIN, &r1);
@@ -235,48 +255,30 @@ TEST(Int8Convert, NarrowIntegersAndNativeForm)
     short s;
     unsigned hi, lo;
     qmr_off_t o;
+    double x;
+    float f;
     EXPECT_EQ(qmr_int8tolong(&const_int8null, &l) + qmr_int8toint(&const_int8null, &n) +
                   qmr_int8toint2(&const_int8null, &s) + qmr_int8high(&const_int8null, &hi) +
-                  qmr_int8low(&const_int8null, &lo) + int8toqmr_off_t(&const_int8null, &o),
+                  qmr_int8low(&const_int8null, &lo) + int8toqmr_off_t(&const_int8null, &o) +
+                  qmr_int8todbl(&const_int8null, &x) + qmr_int8toflt(&const_int8null, &f),
               0);
     EXPECT_TRUE(l == INT32_MIN && n == -32768 && s == -32768);
     EXPECT_TRUE(hi == 0x80000000u && lo == 0x80000000u && o == INT64_MIN);
+    EXPECT_EQ(std::memcmp(&x, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8), 0);
+    EXPECT_EQ(std::memcmp(&f, "\xFF\xFF\xFF\xFF", 4), 0);
     EXPECT_TRUE(same(const_int8max, rec(kMax)) && same(const_int8min, rec(-kMax)) &&
                 same(const_int8negone, rec(-1)) && same(const_int8zero, rec(0)));
-}
 
-TEST(Int8Stored, BytesAndRoundTrip)
-{
     char bytes[QMR_INT8_STORED_SIZE];
+    qmr_int8_t back = garbage();
     const qmr_int8_t m5 = rec(-5);
     stint8(&m5, bytes);
     EXPECT_EQ(std::memcmp(bytes, "\xFF\xFF\0\0\0\x05\0\0\0\0", 10), 0);
     stint8(&const_int8max, bytes);
     EXPECT_EQ(std::memcmp(bytes, "\0\x01\xFF\xFF\xFF\xFF\x7F\xFF\xFF\xFF", 10), 0);
-    std::mt19937_64 rng(5);
-    for (int i = 0; i < 2000; ++i) {
-        const qmr_int8_t a = i ? rec(next(rng)) : const_int8null;
-        stint8(&a, bytes);
-        qmr_int8_t back = garbage();
-        ldint8(bytes, &back);
-        ASSERT_TRUE(same(back, a));
-    }
-}
-
-// The text route: x's exact decimal expansion with its fraction dropped, read
-// as an integer; false when that lies beyond the range.
-bool text_route(double x, i128 *out)
-{
-    char text[400];
-    std::snprintf(text, sizeof text, "%.1f", std::trunc(x));
-    const char *p = text + (text[0] == '-');
-    if (std::strchr(p, '.') - p > 19)
-        return false;
-    i128 v = 0;
-    for (; *p != '.'; ++p)
-        v = v * 10 + (*p - '0');
-    *out = text[0] == '-' ? -v : v;
-    return v <= kMax;
+    stint8(&const_int8null, bytes);
+    ldint8(bytes, &back);
+    EXPECT_TRUE(same(back, const_int8null));
 }
 
 TEST(Int8Float, FromDoubleMatchesTheTextRoute)
@@ -316,46 +318,14 @@ TEST(Int8Float, FromDoubleMatchesTheTextRoute)
     EXPECT_TRUE(same(r, const_int8null));
 }
 
-TEST(Int8Float, ToDoubleAndFloat)
+// The caller's decimal loses its fraction in place, before the range test.
+TEST(Int8Decimal, TruncatedInPlace)
 {
-    std::mt19937_64 rng(7);
-    for (int i = 0; i < 30000; ++i) {
-        const i128 v = next(rng);
-        const qmr_int8_t a = rec(v);
-        double x;
-        float f;
-        ASSERT_EQ(qmr_int8todbl(&a, &x), 0);
-        ASSERT_EQ(x, static_cast<double>(static_cast<long long>(v))); // the nearest double
-        ASSERT_EQ(qmr_int8toflt(&a, &f), 0);
-        ASSERT_EQ(f, static_cast<float>(x));
-    }
-    double x;
-    float f;
-    EXPECT_EQ(qmr_int8todbl(&const_int8null, &x) + qmr_int8toflt(&const_int8null, &f), 0);
-    EXPECT_EQ(std::memcmp(&x, "\xFF\xFF\xFF\xFF\xFF\xFF\xFF\xFF", 8), 0);
-    EXPECT_EQ(std::memcmp(&f, "\xFF\xFF\xFF\xFF", 4), 0);
-}
-
-TEST(Int8Decimal, ExactBothWaysAndTruncatedInPlace)
-{
-    std::mt19937_64 rng(8);
-    for (int i = 0; i < 30000; ++i) {
-        const i128 v = next(rng);
-        const qmr_int8_t a = rec(v);
-        dec_t d, d2;
-        ASSERT_EQ(qmr_int8todec(&a, &d), 0);
-        ASSERT_EQ(deccvint8(&a, &d2), 0);
-        ASSERT_TRUE(dectest::same(d, dectest::from_i128(v)) && dectest::same(d2, d));
-        qmr_int8_t back = garbage();
-        ASSERT_EQ(qmr_int8cvdec(&d, &back), 0);
-        ASSERT_TRUE(same(back, a));
-    }
-    struct Row {
+    const struct {
         const char *in;
         int rc;
         const char *after; // the caller's decimal afterwards, and the value when rc is 0
-    };
-    const Row rows[] = {
+    } rows[] = {
         {"12.9", 0, "12"},
         {"-100.5", 0, "-100"},
         {"-0.5", 0, "0"},
@@ -364,13 +334,12 @@ TEST(Int8Decimal, ExactBothWaysAndTruncatedInPlace)
         {"-9223372036854775808.5", QMR_E_NOFIT, "-9223372036854775808"},
         {"100000000000000000000.5", QMR_E_NOFIT, "100000000000000000000.5"},
     };
-    for (const Row &row : rows) {
-        dec_t d = dectest::dec(row.in);
+    for (const auto &row : rows) {
+        dec_t d = dectest::dec(row.in), got;
         qmr_int8_t r = garbage();
         ASSERT_EQ(qmr_int8cvdec(&d, &r), row.rc) << row.in;
         EXPECT_TRUE(dectest::same(d, dectest::dec(row.after))) << dectest::show(d);
         EXPECT_EQ(decverify(&d), 0);
-        dec_t got;
         qmr_int8todec(&r, &got);
         EXPECT_TRUE(row.rc ? same(r, garbage()) : dectest::same(got, d)) << row.in;
         EXPECT_EQ(r.sign, row.rc ? garbage().sign : row.after[0] == '-' ? -1 : 1);
@@ -385,12 +354,11 @@ TEST(Int8Decimal, ExactBothWaysAndTruncatedInPlace)
 
 TEST(Int8Text, WritesAndReadsThroughBigintText)
 {
-    struct Row {
+    const struct {
         qmr_int8_t a;
         int len, radix, rc;
         const char *field; // len + 1 bytes afterwards, from "q" filled
-    };
-    const Row rows[] = {
+    } rows[] = {
         {rec(-42), 8, 10, 0, "-42     q"}, // blanks over the NUL
         {rec(-42), 3, 10, 0, "-42\0"},     // exactly len: the NUL stays at [len]
         {rec(-42), 2, 10, QMR_E_TEXTFIT, "**q"},
@@ -398,7 +366,7 @@ TEST(Int8Text, WritesAndReadsThroughBigintText)
         {rec(255), 20, 16, 0, "0x00000000000000ff  q"},
         {rec(255), 0, 16, 0, "q"},
     };
-    for (const Row &row : rows) {
+    for (const auto &row : rows) {
         char field[24];
         std::memset(field, 'q', sizeof field);
         EXPECT_EQ(int8toasc(&row.a, field, row.len, row.radix), row.rc);
@@ -437,5 +405,3 @@ TEST(Int8Convert, NoThreadContext)
     EXPECT_TRUE(rc[0] == QMR_E_NOMEM && rc[1] == QMR_E_NOMEM && rc[2] == QMR_E_NOMEM);
     EXPECT_TRUE(same(r, garbage()));
 }
-
-} // namespace

@@ -28,21 +28,15 @@ qmr_glsenv_t *thread_env()
 }
 
 // An environment of its own for the calling thread while in scope.
-class ThreadLocale
-{
-  public:
+struct ThreadLocale {
+    qmr_glsenv_t *env;
     explicit ThreadLocale(const char *name, bool builds = true)
-        : env_(qmr_glsenv_create(name, nullptr))
+        : env(qmr_glsenv_create(name, nullptr))
     {
-        SetGlsEnv(env_);
+        SetGlsEnv(env);
         EXPECT_EQ(chkglsinit() == 0, builds) << name;
     }
-    ~ThreadLocale() { qmr_glsenv_free(env_); }
-    ThreadLocale(const ThreadLocale &) = delete;
-    ThreadLocale &operator=(const ThreadLocale &) = delete;
-
-  private:
-    qmr_glsenv_t *env_;
+    ~ThreadLocale() { qmr_glsenv_free(env); }
 };
 
 // Sets DBMONEY in the library's own environment (null: back to the process
@@ -83,30 +77,22 @@ class Money : public ::testing::Test
 
 std::string rep(const std::string &s, int n)
 {
-    std::string out;
-    while (n-- > 0)
-        out += s;
-    return out;
+    return n <= 1 ? s : s + rep(s, n - 1);
 }
 
-struct TextCase {
-    std::string dbmoney; // "<unset>": not set at all
-    std::string want;    // as describe() shows it
-};
-
-// Loads each text and checks the state, the accessors and the lengths.
-void run_texts(const std::vector<TextCase> &cases)
+// Loads each DBMONEY text ("<unset>": not set at all) and checks the state as
+// describe() shows it, the accessors and the lengths.
+void run_texts(const std::vector<std::pair<std::string, std::string>> &cases)
 {
-    for (const TextCase &c : cases) {
-        SCOPED_TRACE("DBMONEY \"" + c.dbmoney + "\"");
-        const bool unset = c.dbmoney == "<unset>";
-        qmr_glsenv_t *env = load_with(unset ? nullptr : c.dbmoney.c_str());
+    for (const auto &[dbmoney, want] : cases) {
+        SCOPED_TRACE("DBMONEY \"" + dbmoney + "\"");
+        const bool unset = dbmoney == "<unset>", builtin = unset || dbmoney.empty();
+        qmr_glsenv_t *env = load_with(unset ? nullptr : dbmoney.c_str());
         ASSERT_NE(env, nullptr);
-        EXPECT_EQ(describe(env), c.want);
+        EXPECT_EQ(describe(env), want);
         EXPECT_EQ(env->money.load_state, 1);
-        const bool builtin = unset || c.dbmoney.empty();
         EXPECT_EQ((env->flags & QMR_GLSFLAG_BUILTIN_MONEY) != 0, builtin);
-        EXPECT_STREQ(env->money.dbmoney_copy, builtin ? "$." : c.dbmoney.c_str());
+        EXPECT_STREQ(env->money.dbmoney_copy, builtin ? "$." : dbmoney.c_str());
         EXPECT_EQ(rfrontlen() * 100 + rbacklen(),
                   std::strlen(env->money.front) * 100 + std::strlen(env->money.back));
         int len = 0;
@@ -139,7 +125,7 @@ TEST_F(Money, DbmoneyTextsInTheSingleByteDefaultLocale)
         {a28 + ",", a28 + "||,|.|" + a28},
         {std::string(27, 'B') + " X.", std::string(27, 'B') + "*|.|X|,|."},
         {a28, a28 + "||.|,|" + a28},
-        {"." + std::string(40, 'C'), "|" + rep("C", 28) + "|.|,|" + rep("C", 28)},
+        {"." + std::string(40, 'C'), "|" + std::string(28, 'C') + "|.|,|" + std::string(28, 'C')},
     });
 }
 
@@ -166,7 +152,7 @@ TEST_F(Money, DbmoneyTextsInAMultibyteLocale)
     EXPECT_EQ(env->local_conv.mon_decimal_point_width, 2);
 }
 
-TEST_F(Money, ConventionsFromALocaleOtherThanEnUs)
+TEST_F(Money, ConventionsOfTheLocaleAndTheFractionDigitCap)
 {
     const struct {
         const char *name, *point, *sep;
@@ -198,6 +184,14 @@ TEST_F(Money, ConventionsFromALocaleOtherThanEnUs)
         EXPECT_EQ(env->money.load_state, 1);
         EXPECT_STREQ(env->local_conv.decimal_point2, c.point);
         gputenv("DBMONEY", nullptr);
+    }
+    // en_US has 2 fraction digits; the count is capped at 32
+    qmr_glsenv_t *env = load_with(nullptr);
+    EXPECT_EQ(genlcscale(), 2);
+    const int fracs[][2] = {{0, 0}, {31, 31}, {32, 32}, {33, 32}, {127, 32}, {-1, 32}};
+    for (const auto &[set, want] : fracs) {
+        env->local_conv.frac_digits = static_cast<signed char>(set);
+        EXPECT_EQ(genlcscale(), want) << set;
     }
 }
 
@@ -327,17 +321,6 @@ TEST_F(Money, DefaultRecord)
     EXPECT_EQ(std::memcmp(&env->default_conv, &want, sizeof want), 0);
 }
 
-TEST_F(Money, FractionDigitsAreCappedAt32)
-{
-    qmr_glsenv_t *env = load_with(nullptr);
-    EXPECT_EQ(genlcscale(), 2); // en_US
-    const int cases[][2] = {{0, 0}, {31, 31}, {32, 32}, {33, 32}, {127, 32}, {-1, 32}};
-    for (const auto &c : cases) {
-        env->local_conv.frac_digits = static_cast<signed char>(c[0]);
-        EXPECT_EQ(genlcscale(), c[1]) << c[0];
-    }
-}
-
 TEST_F(Money, SharedEnvironmentAndNoEnvironment)
 {
     ASSERT_EQ(gputenv("DBMONEY", "Fr. "), 0);
@@ -370,26 +353,23 @@ TEST(SplitDbmoneyStyle, PartsFlagsAndLimits)
         const char *back, *front;
         int has_slash, double_slash;
     } cases[] = {
-        {"pre@post", 8, 8, 0, "post", "pre", 0, 0},
-        {"@post", 8, 8, 0, "post", "", 0, 0},
+        // clang-format off
+        {"pre@post", 8, 8, 0, "post", "pre", 0, 0}, {"@post", 8, 8, 0, "post", "", 0, 0},
         {"a/b@c", 8, 8, 0, "c", "a/b", 1, 0},
         {"//x@y", 8, 8, 0, "y", "//x", 1, 0}, // "@" before "//"
-        {"abc@", 8, 8, -1, "", "", 0, 0},     // empty back
-        {"abcd@x", 8, 4, -1, "", "", 0, 0},   // a part must be below its size
-        {"a@wxyz", 4, 8, -1, "", "", 0, 0},
-        {"@x", 8, 0, -1, "", "", 0, 0},
+        {"abc@", 8, 8, -1, "", "", 0, 0}, // empty back
+        {"abcd@x", 8, 4, -1, "", "", 0, 0}, // a part must be below its size
+        {"a@wxyz", 4, 8, -1, "", "", 0, 0}, {"@x", 8, 0, -1, "", "", 0, 0},
         {"//back/front", 8, 8, 0, "back", "/front", 0, 1},
         {"//back/fr/nt", 8, 8, 0, "back", "/fr/nt", 1, 1},
         {"//back", 8, 0, 0, "back", "", 0, 1}, // no front part: its size unread
-        {"//b/front", 8, 6, -1, "", "", 0, 0},
-        {"//b/fron", 8, 6, 0, "b", "/fron", 0, 1},
-        {"//", 8, 8, -1, "", "", 0, 0},
-        {"///x", 8, 8, -1, "", "", 0, 0},
+        {"//b/front", 8, 6, -1, "", "", 0, 0}, {"//b/fron", 8, 6, 0, "b", "/fron", 0, 1},
+        {"//", 8, 8, -1, "", "", 0, 0}, {"///x", 8, 8, -1, "", "", 0, 0},
         {"fr/nt", 8, 8, 0, "", "fr/nt", 1, 0},
         {"/front", 8, 8, 0, "", "/front", 1, 0}, // only "//" skips the first
-        {"front", 8, 5, -1, "", "", 0, 0},
-        {"fron", 0, 5, 0, "", "fron", 0, 0},
+        {"front", 8, 5, -1, "", "", 0, 0}, {"fron", 0, 5, 0, "", "fron", 0, 0},
         {nullptr, 8, 8, -1, "", "", 0, 0},
+        // clang-format on
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(c.value == nullptr ? "(null)" : c.value);

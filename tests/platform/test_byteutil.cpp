@@ -10,176 +10,122 @@
 #include <climits>
 #include <cmath>
 #include <cstdint>
+#include <cstdio>
 #include <cstring>
 #include <string>
+#include <tuple>
 #include <vector>
 
 namespace
 {
 
-using Bytes = std::vector<unsigned char>;
-
 // A buffer that places a stored number at an odd address between guard bytes,
-// so that misaligned access and stray writes both show up.
+// so that misaligned access and stray writes both show up. Bytes are spelt in
+// hex ("7FFF").
 struct Field {
     std::array<char, 16> buf;
     Field() { buf.fill('#'); }
     char *at() { return buf.data() + 1; }
-    Bytes bytes(std::size_t n) const { return Bytes(buf.begin() + 1, buf.begin() + 1 + n); }
-    bool guards_intact(std::size_t n) const { return buf[0] == '#' && buf[1 + n] == '#'; }
-    void put(const Bytes &b) { std::memcpy(at(), b.data(), b.size()); }
+    void put(const std::string &hex)
+    {
+        for (std::size_t i = 0; i < hex.size() / 2; ++i)
+            at()[i] = static_cast<char>(std::stoi(hex.substr(2 * i, 2), nullptr, 16));
+    }
+    void expect(const std::string &hex) const
+    {
+        std::string got(hex.size(), '?');
+        for (std::size_t i = 0; i < hex.size() / 2; ++i)
+            std::snprintf(&got[2 * i], 3, "%02X", static_cast<unsigned char>(buf[1 + i]));
+        EXPECT_EQ(got, hex);
+        EXPECT_TRUE(buf[0] == '#' && buf[1 + hex.size() / 2] == '#') << "wrote outside the field";
+    }
 };
 
-TEST(ByteUtil, SixteenBitIntegersRoundTripBigEndian)
+TEST(ByteUtil, IntegersRoundTripBigEndianSignExtended)
 {
-    struct Row {
-        int value;
-        Bytes stored;
-        int loaded; // the low 16 bits, sign-extended
-    };
-    const Row rows[] = {
-        {0, {0x00, 0x00}, 0},
-        {1, {0x00, 0x01}, 1},
-        {-1, {0xFF, 0xFF}, -1},
-        {0x1234, {0x12, 0x34}, 0x1234},
-        {INT16_MAX, {0x7F, 0xFF}, INT16_MAX},
-        {INT16_MIN, {0x80, 0x00}, INT16_MIN},
-        {0x12345, {0x23, 0x45}, 0x2345},
-        {INT16_MIN - 1, {0x7F, 0xFF}, INT16_MAX},
-        {INT_MIN, {0x00, 0x00}, 0},
-    };
-    for (const Row &r : rows) {
+    // Width 2: stint/ldint, 4: stlong/ldlong; the value, its stored bytes, and
+    // what loads back (the low 16 or 32 bits, sign-extended).
+    // clang-format off
+    const std::tuple<int, long, const char *, long> rows[] = {
+        {2, 0, "0000", 0},                          {2, 1, "0001", 1},
+        {2, -1, "FFFF", -1},                        {2, 0x1234, "1234", 0x1234},
+        {2, INT16_MAX, "7FFF", INT16_MAX},          {2, INT16_MIN, "8000", INT16_MIN},
+        {2, 0x12345, "2345", 0x2345},               {2, INT16_MIN - 1, "7FFF", INT16_MAX},
+        {2, INT_MIN, "0000", 0},                    {4, 0, "00000000", 0},
+        {4, 1, "00000001", 1},                      {4, -1, "FFFFFFFF", -1},
+        {4, -2, "FFFFFFFE", -2},                    {4, 0x12345678, "12345678", 0x12345678},
+        {4, INT32_MAX, "7FFFFFFF", INT32_MAX},      {4, INT32_MIN, "80000000", INT32_MIN},
+        {4, 0x123456789L, "23456789", 0x23456789},  {4, INT32_MAX + 1L, "80000000", INT32_MIN}};
+    // clang-format on
+    for (const auto &[width, value, stored, loaded] : rows) {
+        SCOPED_TRACE(value);
         Field f;
-        stint(r.value, f.at());
-        EXPECT_EQ(f.bytes(2), r.stored) << r.value;
-        EXPECT_TRUE(f.guards_intact(2)) << r.value;
-        EXPECT_EQ(ldint(f.at()), r.loaded) << r.value;
+        if (width == 2)
+            stint(static_cast<int>(value), f.at());
+        else
+            stlong(value, f.at());
+        f.expect(stored);
+        EXPECT_EQ(width == 2 ? ldint(f.at()) : ldlong(f.at()), loaded);
     }
 }
 
-TEST(ByteUtil, ThirtyTwoBitIntegersRoundTripSignExtended)
+TEST(ByteUtil, FloatingPointLoadsAndStoresKeepTheBits)
 {
-    struct Row {
-        long value;
-        Bytes stored;
-        long loaded;
+    // Doubles (16 hex digits) keep their exact pattern; singles widen on load
+    // and narrow back to the same bytes, NaNs (the all-0xFF null too) included.
+    // The second field is what a single loads as, compared by bits (NAN: any NaN).
+    const std::pair<const char *, double> rows[] = {
+        {"0000000000000000", 0}, {"8000000000000000", 0}, // 0.0, -0.0
+        {"3FF0000000000000", 0}, {"BFF0000000000000", 0}, // 1.0, -1.0
+        {"7FEFFFFFFFFFFFFF", 0}, {"0000000000000001", 0}, // DBL_MAX, the smallest subnormal
+        {"7FF0000000000000", 0}, {"7FF8000000000001", 0}, // +inf, a quiet NaN with a payload
+        {"FFF8000000000000", 0}, {"FFFFFFFFFFFFFFFF", 0}, // a negative quiet NaN, the null
+        {"0102030405060708", 0},                          // byte order
+        {"00000000", 0.0},       {"80000000", -0.0},      {"3F800000", 1.0},
+        {"C0200000", -2.5},      {"3DCCCCCD", 0.1f},      {"7F7FFFFF", FLT_MAX},
+        {"7F800000", HUGE_VAL},  {"FFFFFFFF", NAN},       {"7FC00001", NAN},
     };
-    const Row rows[] = {
-        {0, {0, 0, 0, 0}, 0},
-        {1, {0, 0, 0, 1}, 1},
-        {-1, {0xFF, 0xFF, 0xFF, 0xFF}, -1},
-        {0x12345678, {0x12, 0x34, 0x56, 0x78}, 0x12345678},
-        {INT32_MAX, {0x7F, 0xFF, 0xFF, 0xFF}, INT32_MAX},
-        {INT32_MIN, {0x80, 0, 0, 0}, INT32_MIN},
-        {-2, {0xFF, 0xFF, 0xFF, 0xFE}, -2},
-        {static_cast<long>(0x123456789LL), {0x23, 0x45, 0x67, 0x89}, 0x23456789},
-        {static_cast<long>(INT32_MAX) + 1, {0x80, 0, 0, 0}, INT32_MIN},
-    };
-    for (const Row &r : rows) {
-        Field f;
-        stlong(r.value, f.at());
-        EXPECT_EQ(f.bytes(4), r.stored) << r.value;
-        EXPECT_TRUE(f.guards_intact(4)) << r.value;
-        EXPECT_EQ(ldlong(f.at()), r.loaded) << r.value;
-    }
-}
-
-TEST(ByteUtil, DoublesKeepTheirExactBitPattern)
-{
-    const std::uint64_t patterns[] = {
-        0x0000000000000000, // 0.0
-        0x8000000000000000, // -0.0
-        0x3FF0000000000000, // 1.0
-        0xBFF0000000000000, // -1.0
-        0x7FEFFFFFFFFFFFFF, // DBL_MAX
-        0x0000000000000001, // smallest subnormal
-        0x7FF0000000000000, // +inf
-        0x7FF8000000000001, // quiet NaN with a payload
-        0xFFF8000000000000, // negative quiet NaN
-        0xFFFFFFFFFFFFFFFF, // all 0xFF: the stored null
-        0x0102030405060708, // byte order
-    };
-    for (std::uint64_t bits : patterns) {
-        Bytes stored(8);
-        for (int i = 0; i < 8; ++i)
-            stored[i] = static_cast<unsigned char>(bits >> (56 - 8 * i));
-        Field f;
+    for (const auto &[stored, loaded] : rows) {
+        SCOPED_TRACE(stored);
+        const bool dbl = std::strlen(stored) == 16;
+        Field f, g;
         f.put(stored);
-        double d = lddbl(f.at());
-        EXPECT_EQ(std::bit_cast<std::uint64_t>(d), bits) << std::hex << bits;
-        Field g;
-        stdbl(d, g.at());
-        EXPECT_EQ(g.bytes(8), stored) << std::hex << bits;
-        EXPECT_TRUE(g.guards_intact(8));
-    }
-}
-
-TEST(ByteUtil, FloatsWidenOnLoadAndNarrowOnStore)
-{
-    struct Row {
-        Bytes stored;
-        double loaded; // compared by bits; NaNs by their single pattern below
-    };
-    const Row rows[] = {
-        {{0x00, 0x00, 0x00, 0x00}, 0.0},      {{0x80, 0x00, 0x00, 0x00}, -0.0},
-        {{0x3F, 0x80, 0x00, 0x00}, 1.0},      {{0xC0, 0x20, 0x00, 0x00}, -2.5},
-        {{0x3D, 0xCC, 0xCC, 0xCD}, 0.1f},     {{0x7F, 0x7F, 0xFF, 0xFF}, FLT_MAX},
-        {{0x7F, 0x80, 0x00, 0x00}, HUGE_VAL},
-    };
-    for (const Row &r : rows) {
-        Field f;
-        f.put(r.stored);
-        double d = ldfloat(f.at());
-        EXPECT_EQ(std::bit_cast<std::uint64_t>(d), std::bit_cast<std::uint64_t>(r.loaded)) << d;
-        Field g;
-        stfloat(d, g.at());
-        EXPECT_EQ(g.bytes(4), r.stored) << d;
-        EXPECT_TRUE(g.guards_intact(4));
+        const double d = dbl ? lddbl(f.at()) : ldfloat(f.at());
+        const auto bits = std::bit_cast<std::uint64_t>(d);
+        if (dbl)
+            EXPECT_EQ(bits, std::stoull(stored, nullptr, 16));
+        else if (std::isnan(loaded))
+            EXPECT_NE(d, d);
+        else
+            EXPECT_EQ(bits, std::bit_cast<std::uint64_t>(loaded));
+        dbl ? stdbl(d, g.at()) : stfloat(d, g.at());
+        g.expect(stored);
     }
     // Narrowing rounds to nearest and overflows to an infinity.
     Field g;
     stfloat(0.1, g.at());
-    EXPECT_EQ(g.bytes(4), (Bytes{0x3D, 0xCC, 0xCC, 0xCD}));
+    g.expect("3DCCCCCD");
     stfloat(-1e300, g.at());
-    EXPECT_EQ(g.bytes(4), (Bytes{0xFF, 0x80, 0x00, 0x00}));
-    // The all-0xFF null is a NaN that survives a load and a store unchanged.
-    for (const Bytes &nan : {Bytes{0xFF, 0xFF, 0xFF, 0xFF}, Bytes{0x7F, 0xC0, 0x00, 0x01}}) {
-        Field n;
-        n.put(nan);
-        double d = ldfloat(n.at());
-        EXPECT_NE(d, d);
-        Field s;
-        stfloat(d, s.at());
-        EXPECT_EQ(s.bytes(4), nan);
-    }
+    g.expect("FF800000");
 }
 
-TEST(ByteUtil, LdcharDropsTrailingBlanksAndTerminates)
+TEST(ByteUtil, CharFieldsLoadWithoutAndStoreWithBlanks)
 {
-    struct Row {
-        std::string field;
-        int len;
-        std::string want;
-    };
-    const Row rows[] = {
-        {"ab  ", 4, "ab"},
-        {"    ", 4, ""},
-        {"a b ", 4, "a b"},
-        {"  ab", 4, "  ab"},
-        {"abcd", 2, "ab"},
-        {"ab\t ", 4, "ab\t"},
-        {"", 0, ""},
-        {"xyz", 0, ""},
-        {"xyz", -3, ""},
-        {std::string(40, ' ') + "x" + std::string(40, ' '), 81, std::string(40, ' ') + "x"},
-    };
-    for (const Row &r : rows) {
-        std::vector<char> out(r.field.size() + 2, '#');
-        ldchar(r.field.data(), r.len, out.data());
-        EXPECT_STREQ(out.data(), r.want.c_str()) << '"' << r.field << "\" " << r.len;
-        std::size_t end = r.len > 0 ? static_cast<std::size_t>(r.len) + 1 : 1;
+    const std::string pad(40, ' ');
+    const std::tuple<std::string, int, std::string> loads[] = {
+        {"ab  ", 4, "ab"},  {"    ", 4, ""},
+        {"a b ", 4, "a b"}, {"  ab", 4, "  ab"},
+        {"abcd", 2, "ab"},  {"ab\t ", 4, "ab\t"},
+        {"", 0, ""},        {"xyz", 0, ""},
+        {"xyz", -3, ""},    {pad + "x" + pad, 81, pad + "x"}};
+    for (const auto &[field, len, want] : loads) {
+        SCOPED_TRACE('"' + field + "\" " + std::to_string(len));
+        std::vector<char> out(field.size() + 2, '#');
+        ldchar(field.data(), len, out.data());
+        EXPECT_STREQ(out.data(), want.c_str());
+        std::size_t end = len > 0 ? static_cast<std::size_t>(len) + 1 : 1;
         for (std::size_t i = end; i < out.size(); ++i)
-            EXPECT_EQ(out[i], '#') << "wrote past the field: " << r.field;
+            EXPECT_EQ(out[i], '#') << "wrote past the field";
     }
     char inplace[] = "abc   ";
     ldchar(inplace, 6, inplace);
@@ -188,63 +134,44 @@ TEST(ByteUtil, LdcharDropsTrailingBlanksAndTerminates)
     ldchar(nullptr, 3, out);
     EXPECT_STREQ(out, "");
     ldchar("abc", 3, nullptr); // ignored
-}
 
-TEST(ByteUtil, StchrBlankPadsOrCutsWithoutTerminator)
-{
-    struct Row {
-        const char *from;
-        int len;
-        std::string want; // then guard bytes
-    };
-    const Row rows[] = {
-        {"ab", 5, "ab   "}, {"abcdef", 3, "abc"}, {"", 3, "   "},  {"abc", 3, "abc"},
-        {nullptr, 2, "  "}, {"abc", 0, ""},       {"abc", -1, ""},
-    };
-    for (const Row &r : rows) {
-        std::string out(8, '#');
-        stchr(r.from, out.data(), r.len);
-        EXPECT_EQ(out, r.want + std::string(8 - r.want.size(), '#'))
-            << (r.from ? r.from : "(null)") << ' ' << r.len;
+    // stchr blank-pads or cuts, and writes no terminator: the guard bytes stay.
+    const std::tuple<const char *, int, std::string> stores[] = {
+        {"ab", 5, "ab   "}, {"abcdef", 3, "abc"}, {"", 3, "   "}, {"abc", 3, "abc"},
+        {nullptr, 2, "  "}, {"abc", 0, ""},       {"abc", -1, ""}};
+    for (const auto &[from, len, want] : stores) {
+        std::string field(8, '#');
+        stchr(from, field.data(), len);
+        EXPECT_EQ(field, want + std::string(8 - want.size(), '#'))
+            << (from ? from : "(null)") << ' ' << len;
     }
     stchr("abc", nullptr, 3); // ignored
 }
 
-TEST(ByteUtil, ComparisonsTreatBytesAsUnsigned)
+TEST(ByteUtil, ComparisonsTreatBytesAsUnsignedAndNullFirst)
 {
-    EXPECT_EQ(bycmpr("\x80", "\x7F", 1), 1);
-    EXPECT_EQ(bycmpr("\x00", "\xFF", 1), -1);
-    // Exactly -1/0/1, whatever the byte distance.
-    EXPECT_EQ(bycmpr("a\xFF", "a\x01", 2), 1);
-    EXPECT_EQ(bycmpr("abc", "abd", 3), -1);
-    EXPECT_EQ(bycmpr("abc", "abd", 2), 0);
-    EXPECT_EQ(bycmpr("a\0b", "a\0c", 3), -1); // NUL is just a byte
-    EXPECT_EQ(bycmpr("x", "y", 0), 0);
-    EXPECT_EQ(bycmpr("x", "y", -5), 0);
-
-    EXPECT_GT(stcmpr("\x80", "\x7F"), 0);
-    EXPECT_LT(stcmpr("a", "a\xE9"), 0);
-    EXPECT_LT(stcmpr("", "a"), 0);
-    EXPECT_EQ(stcmpr("same", "same"), 0);
-    EXPECT_GT(stcmpr("b", "abc"), 0);
-
-    EXPECT_EQ(stcmpri("ABC", "abc"), 0);
-    EXPECT_LT(stcmpri("a", "B"), 0);       // plain bytes would say 'a' > 'B'
-    EXPECT_LT(stcmpri("[", "A"), 0);       // folded to lower case, not upper
-    EXPECT_LT(stcmpri("\xC0", "\xE0"), 0); // non-ASCII is not folded
-    EXPECT_GT(stcmpri("\xFF", "z"), 0);
-    EXPECT_LT(stcmpri("Ab", "aBc"), 0);
-}
-
-TEST(ByteUtil, NullOperandsOrderFirst)
-{
-    EXPECT_EQ(bycmpr(nullptr, nullptr, 3), 0);
-    EXPECT_EQ(bycmpr(nullptr, "a", 1), -1);
-    EXPECT_EQ(bycmpr("a", nullptr, 1), 1);
-    EXPECT_EQ(stcmpr(nullptr, nullptr), 0);
-    EXPECT_LT(stcmpr(nullptr, ""), 0);
-    EXPECT_GT(stcmpri("", nullptr), 0);
-    EXPECT_EQ(qmr_byleng(nullptr, 5), 0);
+    // bycmpr answers exactly -1/0/1 whatever the byte distance; NUL is just a byte.
+    const std::tuple<const char *, const char *, int, int> by[] = {
+        {"\x80", "\x7F", 1, 1}, {"\x00", "\xFF", 1, -1}, {"a\xFF", "a\x01", 2, 1},
+        {"abc", "abd", 3, -1},  {"abc", "abd", 2, 0},    {"a\0b", "a\0c", 3, -1},
+        {"x", "y", 0, 0},       {"x", "y", -5, 0},       {nullptr, nullptr, 3, 0},
+        {nullptr, "a", 1, -1},  {"a", nullptr, 1, 1}};
+    int row = 0;
+    for (const auto &[a, b, len, want] : by)
+        EXPECT_EQ(bycmpr(a, b, len), want) << "bycmpr row " << row++;
+    // stcmpr and stcmpri promise only the sign; stcmpri folds ASCII to lower case.
+    using Cmp = int (*)(const char *, const char *) noexcept;
+    const std::tuple<Cmp, const char *, const char *, int> st[] = {
+        {stcmpr, "\x80", "\x7F", 1}, {stcmpr, "a", "a\xE9", -1},    {stcmpr, "", "a", -1},
+        {stcmpr, "same", "same", 0}, {stcmpr, "b", "abc", 1},       {stcmpr, nullptr, nullptr, 0},
+        {stcmpr, nullptr, "", -1},   {stcmpri, "ABC", "abc", 0},    {stcmpri, "a", "B", -1},
+        {stcmpri, "[", "A", -1},     {stcmpri, "\xC0", "\xE0", -1}, {stcmpri, "\xFF", "z", 1},
+        {stcmpri, "Ab", "aBc", -1},  {stcmpri, "", nullptr, 1}};
+    row = 0;
+    for (const auto &[cmp, a, b, sign] : st) {
+        const int got = cmp(a, b);
+        EXPECT_EQ((got > 0) - (got < 0), sign) << "string row " << row++;
+    }
 }
 
 TEST(ByteUtil, CaseShiftsTouchOnlyAsciiLetters)
@@ -267,9 +194,7 @@ TEST(ByteUtil, BylengCountsUpToTheLastNonBlank)
         for (int last = -1; last < len; ++last) {
             std::string s(static_cast<std::size_t>(len), ' ');
             for (int i = 0; i <= last; ++i)
-                s[static_cast<std::size_t>(i)] = (i % 3 == 0) ? ' ' : 'x';
-            if (last >= 0)
-                s[static_cast<std::size_t>(last)] = 'x';
+                s[static_cast<std::size_t>(i)] = (i % 3 == 0 && i != last) ? ' ' : 'x';
             s += "zz"; // beyond len: must not be looked at
             EXPECT_EQ(qmr_byleng(s.data(), len), last + 1) << len << ' ' << last;
         }
@@ -277,6 +202,7 @@ TEST(ByteUtil, BylengCountsUpToTheLastNonBlank)
     EXPECT_EQ(qmr_byleng("ab\t", 3), 3); // only ' ' is a blank
     EXPECT_EQ(qmr_byleng("ab\0 ", 4), 3);
     EXPECT_EQ(qmr_byleng("abc", -1), 0);
+    EXPECT_EQ(qmr_byleng(nullptr, 5), 0);
 }
 
 } // namespace

@@ -7,12 +7,14 @@
 
 #include <gtest/gtest.h>
 
+#include <algorithm>
 #include <atomic>
 #include <climits>
 #include <cstdlib>
 #include <cstring>
 #include <string>
 #include <thread>
+#include <utility>
 #include <vector>
 
 namespace
@@ -44,9 +46,8 @@ void start_with(const char *name, const char *env_value)
 TEST(Env, OverlayOverridesProcessEnvironmentUncached)
 {
     const char *name = "QMRT_ENV_OVERLAY";
-    const int uncached[] = {-1, -7, INT_MIN, QMR_ENV_CACHE_SLOTS, INT_MAX};
     auto expect_all = [&](const char *want) {
-        for (int index : uncached)
+        for (int index : {-1, -7, INT_MIN, QMR_ENV_CACHE_SLOTS, INT_MAX})
             EXPECT_EQ(show(idx_ggetenv(index, name)), show(want)) << "index " << index;
     };
     setenv(name, "from-env", 1);
@@ -65,19 +66,15 @@ TEST(Env, OverlayOverridesProcessEnvironmentUncached)
     EXPECT_EQ(show(idx_ggetenv(-1, "QMRT_ENV_ONLY_MINE")), "\"\"");
     EXPECT_EQ(gputenv("QMRT_ENV_NEVER_SET", nullptr), 0);
     EXPECT_EQ(idx_ggetenv(-1, "QMRT_ENV_NEVER_SET"), nullptr);
-}
-
-TEST(Env, NullAndEmptyNames)
-{
+    // Null and empty names.
     EXPECT_EQ(idx_ggetenv(-1, nullptr), nullptr);
     EXPECT_EQ(idx_ggetenv(kSlotFirst, nullptr), nullptr);
-    EXPECT_EQ(idx_ggetenv(-1, ""), nullptr);
     EXPECT_EQ(gputenv(nullptr, "x"), -1);
     EXPECT_EQ(gputenv("", "x"), 0);
     EXPECT_EQ(idx_ggetenv(-1, ""), nullptr);
 }
 
-TEST(Env, CachedSlotKeepsFirstAnswerUntilGputenvOfThatName)
+TEST(Env, CachedSlotKeepsFirstAnswerOrAbsenceUntilGputenvOfThatName)
 {
     const char *name = "QMRT_ENV_CACHED";
     start_with(name, "first");
@@ -88,7 +85,6 @@ TEST(Env, CachedSlotKeepsFirstAnswerUntilGputenvOfThatName)
     EXPECT_EQ(idx_ggetenv(kSlotFirst, name), p);
     EXPECT_STREQ(p, "first");
     EXPECT_STREQ(idx_ggetenv(-1, name), "second");
-
     ASSERT_EQ(gputenv("QMRT_ENV_CACHED_OTHER", "z"), 0);
     EXPECT_STREQ(idx_ggetenv(kSlotFirst, name), "first") << "another name must not invalidate";
     ASSERT_EQ(gputenv(name, "mine"), 0);
@@ -96,18 +92,15 @@ TEST(Env, CachedSlotKeepsFirstAnswerUntilGputenvOfThatName)
     ASSERT_EQ(gputenv(name, nullptr), 0);
     EXPECT_STREQ(idx_ggetenv(kSlotFirst, name), "second");
     unsetenv(name);
-}
 
-TEST(Env, CachedSlotRemembersAbsence)
-{
-    const char *name = "QMRT_ENV_ABSENT";
-    start_with(name, nullptr);
-    EXPECT_EQ(idx_ggetenv(kSlotAbsent, name), nullptr);
-    setenv(name, "late", 1);
-    EXPECT_EQ(idx_ggetenv(kSlotAbsent, name), nullptr);
-    ASSERT_EQ(gputenv(name, "x"), 0);
-    EXPECT_STREQ(idx_ggetenv(kSlotAbsent, name), "x");
-    unsetenv(name);
+    const char *absent = "QMRT_ENV_ABSENT";
+    start_with(absent, nullptr);
+    EXPECT_EQ(idx_ggetenv(kSlotAbsent, absent), nullptr);
+    setenv(absent, "late", 1);
+    EXPECT_EQ(idx_ggetenv(kSlotAbsent, absent), nullptr);
+    ASSERT_EQ(gputenv(absent, "x"), 0);
+    EXPECT_STREQ(idx_ggetenv(kSlotAbsent, absent), "x");
+    unsetenv(absent);
 }
 
 TEST(Env, HotLookupsAndRepeatedValuesDoNotAllocate)
@@ -133,63 +126,53 @@ TEST(Env, HotLookupsAndRepeatedValuesDoNotAllocate)
     unsetenv(name);
 }
 
-// Fails the k-th allocation for k = 1, 2, ... until gputenv succeeds; every
-// failed call must return -1 and leave the visible value as it was.
-void expect_gputenv_atomic(const char *name, const char *value, const char *before)
+TEST(Env, OutOfMemory)
 {
-    for (int k = 1;; ++k) {
-        ASSERT_LT(k, 10) << "gputenv never succeeded";
-        qmr::test_fail_alloc_after(k);
-        int rc = gputenv(name, value);
-        qmr::test_fail_alloc_after(0);
-        if (rc == 0)
-            break;
-        EXPECT_EQ(rc, -1);
-        EXPECT_EQ(show(idx_ggetenv(-1, name)), show(before)) << "failing allocation " << k;
-    }
-    EXPECT_STREQ(idx_ggetenv(-1, name), value);
-}
-
-TEST(Env, GputenvOutOfMemoryChangesNothing)
-{
+    // gputenv: fail the k-th allocation for k = 1, 2, ... until it succeeds;
+    // every failed call returns -1 and leaves the visible value as it was.
     const char *name = "QMRT_ENV_OOM";
     start_with(name, nullptr);
-    expect_gputenv_atomic(name, "first", nullptr);  // a new name
-    expect_gputenv_atomic(name, "second", "first"); // a new value for a known name
-}
+    auto expect_atomic = [name](const char *value, const char *before) {
+        for (int k = 1;; ++k) {
+            ASSERT_LT(k, 10) << "gputenv never succeeded";
+            qmr::test_fail_alloc_after(k);
+            int rc = gputenv(name, value);
+            qmr::test_fail_alloc_after(0);
+            if (rc == 0)
+                break;
+            EXPECT_EQ(rc, -1);
+            EXPECT_EQ(show(idx_ggetenv(-1, name)), show(before)) << "failing allocation " << k;
+        }
+        EXPECT_STREQ(idx_ggetenv(-1, name), value);
+    };
+    expect_atomic("first", nullptr);  // a new name
+    expect_atomic("second", "first"); // a new value for a known name
 
-TEST(Env, CachedLookupOutOfMemoryAnswersUncached)
-{
-    const char *name = "QMRT_ENV_FILL_OOM";
-    start_with(name, "a");
+    // A cached lookup that cannot allocate answers uncached and retries later.
+    const char *fill = "QMRT_ENV_FILL_OOM";
+    start_with(fill, "a");
     qmr::test_fail_alloc_after(1, true);
-    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, name), "a");
-    setenv(name, "b", 1);
-    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, name), "b") << "nothing was cached";
+    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, fill), "a");
+    setenv(fill, "b", 1);
+    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, fill), "b") << "nothing was cached";
     qmr::test_fail_alloc_after(0);
-    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, name), "b");
-    setenv(name, "c", 1);
-    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, name), "b");
-    unsetenv(name);
+    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, fill), "b");
+    setenv(fill, "c", 1);
+    EXPECT_STREQ(idx_ggetenv(kSlotFillOom, fill), "b");
+    unsetenv(fill);
 }
 
 TEST(Env, CachedLookupsRaceWithGputenv)
 {
     const char *name = "QMRT_ENV_RACE";
-    const char *values[] = {"v0", "v1", "v2"};
+    const char *values[] = {"v0", "v1", "v2", "env"}; // gputenv sets the first three
     start_with(name, "env");
     std::atomic<bool> done{false};
     std::atomic<int> running{0};
     std::atomic<long> bad{0};
-    auto valid = [&](const char *s) {
-        if (s == nullptr)
-            return false;
-        if (std::strcmp(s, "env") == 0)
-            return true;
-        for (const char *v : values)
-            if (std::strcmp(s, v) == 0)
-                return true;
-        return false;
+    auto valid = [&values](const char *s) {
+        return s != nullptr && std::any_of(std::begin(values), std::end(values),
+                                           [s](const char *v) { return std::strcmp(s, v) == 0; });
     };
     std::vector<std::thread> readers;
     for (int t = 0; t < 4; ++t)
@@ -216,15 +199,12 @@ TEST(Env, CachedLookupsRaceWithGputenv)
 
 TEST(Env, DBNLSsetReadsOneTwoOrThreeOnce)
 {
-    struct Row {
-        const char *value;
-        int want;
-    };
-    const Row rows[] = {{"1", 1}, {"2", 2},  {"3", 3},  {"0", 0},  {"4", 0},
-                        {"", 0},  {"12", 0}, {" 1", 0}, {"1 ", 0}, {"x", 0}};
-    for (const Row &r : rows) {
-        ASSERT_EQ(gputenv("DBNLS", r.value), 0);
-        EXPECT_EQ(DBNLSset(), r.want) << show(r.value);
+    const std::pair<const char *, int> rows[] = {{"1", 1},  {"2", 2}, {"3", 3},  {"0", 0},
+                                                 {"4", 0},  {"", 0},  {"12", 0}, {" 1", 0},
+                                                 {"1 ", 0}, {"x", 0}};
+    for (const auto &[value, want] : rows) {
+        ASSERT_EQ(gputenv("DBNLS", value), 0);
+        EXPECT_EQ(DBNLSset(), want) << show(value);
     }
     ASSERT_EQ(gputenv("DBNLS", nullptr), 0);
     unsetenv("DBNLS");

@@ -3,7 +3,6 @@
 #include <cstdio>
 #include <cstdlib>
 #include <gtest/gtest.h>
-#include <string>
 #include <thread>
 #include <unistd.h>
 
@@ -12,11 +11,15 @@
 namespace
 {
 
-int destructor_runs = 0;
 void count_destructor(void *value)
 {
-    ++destructor_runs;
     *static_cast<int *>(value) += 1;
+}
+
+int init_runs = 0;
+int count_init()
+{
+    return ++init_runs == 1 ? 0 : -1;
 }
 
 TEST(OsLayer, KeysHoldAValuePerThreadAndRunTheirDestructor)
@@ -27,23 +30,27 @@ TEST(OsLayer, KeysHoldAValuePerThreadAndRunTheirDestructor)
     ASSERT_EQ(qmrOS_th_keycreate(&key, count_destructor), 0);
     EXPECT_EQ(qmrOS_th_keycreate(nullptr, nullptr), -1);
     int value = 0;
-    std::thread worker([&] {
+    std::thread([&] {
         void *out = &value;
         EXPECT_EQ(qmrOS_th_getspecific(key, &out), 0);
         EXPECT_EQ(out, nullptr) << "a new thread has no value";
         EXPECT_EQ(qmrOS_th_setspecific(key, &value), 0);
         EXPECT_EQ(qmrOS_th_getspecific(key, &out), 0);
         EXPECT_EQ(out, &value);
-    });
-    worker.join();
+    }).join();
     EXPECT_EQ(value, 1) << "the destructor ran once at thread end";
     void *mine = &value;
     EXPECT_EQ(qmrOS_th_getspecific(key, &mine), 0);
     EXPECT_EQ(mine, nullptr) << "this thread never set it";
     EXPECT_EQ(qmrOS_th_getspecific(key, nullptr), -1);
+
+    // Init_keys runs the given routine and passes its result on.
+    EXPECT_EQ(qmrOS_th_Init_keys(nullptr), -1);
+    EXPECT_EQ(qmrOS_th_Init_keys(count_init), 0);
+    EXPECT_EQ(qmrOS_th_Init_keys(count_init), -1);
 }
 
-TEST(OsLayer, MutexRecordsRefuseWhatWasNeverMade)
+TEST(OsLayer, LockRecordsRefuseWhatWasNeverMade)
 {
     qmrOS_mutex_t m{};
     EXPECT_EQ(qmrOS_mutexLock(&m), -1);
@@ -56,11 +63,8 @@ TEST(OsLayer, MutexRecordsRefuseWhatWasNeverMade)
     EXPECT_EQ(qmrOS_mutexDestroy(&m), 0);
     EXPECT_EQ(qmrOS_mutexDestroy(&m), -1) << "destroyed once only";
     EXPECT_EQ(qmrOS_mutexInit(nullptr, 0, 1), -1);
-}
 
-TEST(OsLayer, RecursiveMutexMayBeRetakenByItsOwner)
-{
-    qmrOS_mutex_t m{};
+    // A recursive mutex may be retaken by its owner.
     ASSERT_EQ(qmrOS_recursive_mutexInit(&m, 0, 2), 0);
     EXPECT_EQ(m.recursive, 1);
     EXPECT_EQ(qmrOS_recursive_mutexLock(&m), 0);
@@ -69,10 +73,8 @@ TEST(OsLayer, RecursiveMutexMayBeRetakenByItsOwner)
     EXPECT_EQ(qmrOS_recursive_mutexUnLock(&m), 0);
     EXPECT_EQ(qmrOS_recursive_mutexUnLock(&m), -1) << "not held any more";
     EXPECT_EQ(qmrOS_recursive_mutexDestroy(&m), 0);
-}
 
-TEST(OsLayer, ConditionKeepsItsName)
-{
+    // A condition keeps the caller's name.
     qmrOS_cond_t c{};
     EXPECT_EQ(qmrOS_condDestroy(&c), -1);
     ASSERT_EQ(qmrOS_condInit(&c, "sleep condition"), 0);
@@ -82,37 +84,14 @@ TEST(OsLayer, ConditionKeepsItsName)
     EXPECT_EQ(qmrOS_condInit(nullptr, "x"), -1);
 }
 
-int init_runs = 0;
-int count_init()
-{
-    return ++init_runs == 1 ? 0 : -1;
-}
-
-TEST(OsLayer, InitKeysRunsTheGivenRoutine)
-{
-    EXPECT_EQ(qmrOS_th_Init_keys(nullptr), -1);
-    EXPECT_EQ(qmrOS_th_Init_keys(count_init), 0);
-    EXPECT_EQ(qmrOS_th_Init_keys(count_init), -1) << "its result is passed on";
-}
-
-struct TempFile {
-    std::string path;
-    TempFile()
-    {
-        char name[] = "/tmp/qmr_os_XXXXXX";
-        int fd = mkstemp(name);
-        EXPECT_GE(fd, 0);
-        EXPECT_EQ(write(fd, "0123456789", 10), 10);
-        close(fd);
-        path = name;
-    }
-    ~TempFile() { unlink(path.c_str()); }
-};
-
 TEST(OsLayer, FileCalls)
 {
-    TempFile file;
-    int fd = qmr_open(file.path.c_str(), 0, 0);
+    char path[] = "/tmp/qmr_os_XXXXXX";
+    int made = mkstemp(path);
+    ASSERT_GE(made, 0);
+    ASSERT_EQ(write(made, "0123456789", 10), 10);
+    close(made);
+    int fd = qmr_open(path, 0, 0);
     ASSERT_GE(fd, 0);
     EXPECT_EQ(qmr_lseek(fd, 4, SEEK_SET), 4);
     char buf[8] = {};
@@ -128,10 +107,11 @@ TEST(OsLayer, FileCalls)
     EXPECT_EQ(qmr_open("/nonexistent/qmr", 0, 0), -1);
     EXPECT_EQ(qmr_open(nullptr, 0, 0), -1);
 
-    EXPECT_EQ(_ofreadable(file.path.c_str()), 0);
+    EXPECT_EQ(_ofreadable(path), 0);
     EXPECT_EQ(_ofreadable("/tmp"), -1) << "a directory is not a readable file";
     EXPECT_EQ(_ofreadable("/nonexistent/qmr"), -1);
     EXPECT_EQ(_ofreadable(nullptr), -1);
+    unlink(path);
 }
 
 } // namespace

@@ -31,7 +31,8 @@ static_assert(offsetof(qmr_collection_t, cl_typed) == 72);
 static_assert(offsetof(qmr_collection_t, cl_typelen) == 76);
 static_assert(offsetof(qmr_collection_t, cl_typeinfo) == 88);
 
-namespace {
+namespace
+{
 
 // The sizes the catalogue reports agree with the records themselves.
 TEST(RecordLayouts, CatalogueSizesMatchTheRecords)

@@ -17,26 +17,19 @@
 namespace
 {
 
-constexpr int pl(int p, int s)
+// A precision/scale length argument.
+constexpr auto pl = [](int p, int s) { return p << 8 | s; };
+
+// Runs body on a new thread with a locale environment of its own.
+template <typename Body> void in_locale(const char *name, Body body)
 {
-    return p << 8 | s;
+    std::thread([&] {
+        qmr_glsenv_t *env = qmr_glsenv_create(name, nullptr);
+        SetGlsEnv(env);
+        body();
+        qmr_glsenv_free(env);
+    }).join();
 }
-
-// An environment of its own for the calling thread while in scope.
-class ThreadLocale
-{
-  public:
-    explicit ThreadLocale(const char *name) : env_(qmr_glsenv_create(name, nullptr))
-    {
-        SetGlsEnv(env_);
-    }
-    ~ThreadLocale() { qmr_glsenv_free(env_); }
-    ThreadLocale(const ThreadLocale &) = delete;
-    ThreadLocale &operator=(const ThreadLocale &) = delete;
-
-  private:
-    qmr_glsenv_t *env_;
-};
 
 void use_dbmoney(const char *text)
 {
@@ -67,8 +60,7 @@ TEST(Widths, DecimalAndMoneyFollowTheConventions)
     };
     for (const auto &c : cases) {
         SCOPED_TRACE(std::string(c.locale) + " DBMONEY " + (c.dbmoney ? c.dbmoney : "unset"));
-        std::thread([&c] {
-            ThreadLocale own(c.locale);
+        in_locale(c.locale, [&c] {
             use_dbmoney(c.dbmoney);
             for (int attr : {0, 0x2000}) {
                 int got[6], i = 0;
@@ -78,17 +70,16 @@ TEST(Widths, DecimalAndMoneyFollowTheConventions)
                 EXPECT_EQ(std::vector<int>(got, got + 6), std::vector<int>(c.widths, c.widths + 6));
             }
             gputenv("DBMONEY", nullptr);
-        }).join();
+        });
     }
 }
 
 TEST(Widths, NothingWithoutALocaleEnvironment)
 {
-    std::thread([] {
-        ThreadLocale broken("xx_XX.nosuchset");
+    in_locale("xx_XX.nosuchset", [] {
         for (int code = 0; code <= 53; ++code)
             EXPECT_EQ(rtypwidth(code, pl(16, 2)), 0) << "type " << code;
-    }).join();
+    });
 }
 
 } // namespace
