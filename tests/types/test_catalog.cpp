@@ -129,8 +129,9 @@ TEST(SqlCatalogue, EveryRowMatchesTheTable)
             SCOPED_TRACE("len " + std::to_string(l));
             EXPECT_EQ(rtypsize(r.code, l), r.stored(l));
             EXPECT_EQ(rtypmsize(r.code, l), r.memory(l));
-            if (r.width != nullptr)
+            if (r.width != nullptr) {
                 EXPECT_EQ(rtypwidth(r.code, l), r.width(l));
+            }
         }
         for (int offset = 0; offset <= 17; ++offset)
             EXPECT_EQ(rtypalign(offset, r.code), round_up(offset, r.align)) << "offset " << offset;
