@@ -11,6 +11,7 @@
 #include <limits>
 #include <random>
 #include <string>
+#include <vector>
 
 #include "numeric/dec_testutil.h"
 #include "qmr/gl.h"
@@ -277,6 +278,35 @@ TEST(BigintText, ReadsByTheRules)
     const std::string huge(10000, '7'), zeros = std::string(10000, '0') + "5";
     EXPECT_EQ(bigintcvasc(huge.c_str(), static_cast<int>(huge.size()), &v), QMR_E_NOFIT);
     EXPECT_TRUE(bigintcvasc(zeros.c_str(), static_cast<int>(zeros.size()), &v) == 0 && v == 5);
+}
+
+// Every count of digits up to 21, signed or not, in a buffer of exactly the
+// text's size, against std::from_chars: the value, or "does not fit" where
+// from_chars finds it out of range.
+TEST(BigintText, EveryDigitCountAgreesWithFromChars)
+{
+    std::mt19937_64 rng(21);
+    for (int count = 1; count <= 21; ++count) {
+        for (int i = 0; i < 200; ++i) {
+            std::string text = i % 4 == 0 ? "-" : "";
+            text += static_cast<char>('1' + rng() % 9);
+            for (int k = 1; k < count; ++k)
+                text += static_cast<char>('0' + rng() % 10);
+            if (i % 50 == 0)
+                text = (count > 18 ? "-9223372036854775808" : "9223372036854775807");
+            const std::vector<char> exact(text.begin(), text.end());
+            std::int64_t want = 0;
+            const auto [end, ec] = std::from_chars(text.data(), text.data() + text.size(), want);
+            std::int64_t got = 4242;
+            const int rc = bigintcvasc(exact.data(), static_cast<int>(exact.size()), &got);
+            if (ec == std::errc() && want != kNull) {
+                ASSERT_EQ(rc, 0) << text;
+                ASSERT_EQ(got, want) << text;
+            } else {
+                ASSERT_EQ(rc, QMR_E_NOFIT) << text;
+            }
+        }
+    }
 }
 
 TEST(BigintText, DecoratedRoundTrips)

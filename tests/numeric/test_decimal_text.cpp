@@ -17,6 +17,7 @@
 #include <cstring>
 #include <string>
 #include <thread>
+#include <vector>
 
 #include "numeric/dec_testutil.h"
 
@@ -162,6 +163,61 @@ TEST_F(DecText, ReadsNumbersByTheRules)
 }
 
 // Hostile input: nothing is read past len, and each gives its code and record.
+// Every count of integer and fraction digits, signed or not, blank-padded or
+// not, in a buffer of exactly the text's size: the short forms and the
+// general scan give what the test's own parser gives, and the text written
+// back with as many decimals is the text read.
+TEST_F(DecText, EveryDigitCountReadsAndWritesBack)
+{
+    const std::string digits = "9876543210";
+    for (int ints = 1; ints <= 20; ++ints) {
+        for (int fracs = 0; ints % 2 + ints + fracs <= 32; ++fracs) { // 16 pairs
+            std::string number = std::to_string(ints % 9 + 1);
+            for (int i = 1; i < ints + fracs; ++i)
+                number += digits[static_cast<std::size_t>(i * 7 + ints) % 10];
+            if (fracs > 0)
+                number.insert(static_cast<std::size_t>(ints), ".");
+            for (const char *sign : {"", "-"}) {
+                const std::string plain = sign + number;
+                const std::string text = (ints + fracs) % 3 == 0 ? "  " + plain + " " : plain;
+                const std::vector<char> exact(text.begin(), text.end());
+                dec_t d = garbage();
+                ASSERT_EQ(deccvasc(exact.data(), static_cast<int>(exact.size()), &d), 0) << text;
+                ASSERT_TRUE(same(d, dec(plain))) << text << " " << show(d);
+                ASSERT_EQ(decverify(&d), 0) << text;
+                std::vector<char> out(plain.size());
+                ASSERT_EQ(dectoasc(&d, out.data(), static_cast<int>(out.size()), fracs), 0);
+                ASSERT_EQ(std::string(out.begin(), out.end()), plain);
+            }
+        }
+    }
+}
+
+// Records that are not in the normal form (zero pairs before or after the
+// digits, more than 16 pairs, pairs of 100 and above) are written as the
+// value they hold, read pair by pair modulo 100.
+TEST_F(DecText, WritesRecordsOutOfTheNormalForm)
+{
+    struct Row {
+        dec_t record;
+        const char *same_as;
+    };
+    const Row rows[] = {
+        {dectest::raw(1, 2, {0, 12, 0}), "12"},
+        {dectest::raw(0, 1, {0, 0, 5, 50, 0, 0}), "-0.000550"},
+        {dectest::raw(1, 1, {112, 7}), "12.07"},
+        {dectest::raw(1, 0, {0, 0, 0}), "0"},
+    };
+    for (const Row &row : rows) {
+        for (int right : {0, 3, 7})
+            EXPECT_EQ(field(row.record, 30, right), field(dec(row.same_as), 30, right))
+                << row.same_as << " " << right;
+    }
+    dec_t wide = dectest::raw(1, 1, {1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16});
+    wide.ndigits = 20; // only the 16 pairs held count
+    EXPECT_EQ(field(wide, 32, 30), "0:1.020304050607080910111213141516");
+}
+
 TEST_F(DecText, SurvivesHostileInput)
 {
     const char text[] = "12\0"
