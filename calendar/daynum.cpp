@@ -2,6 +2,7 @@
 // day and year, leap years, weekdays and month lengths.
 #include "calendar/calendar.hpp"
 
+#include <cstdint>
 #include <cstdlib>
 
 #include "platform/env_slots.hpp"
@@ -9,11 +10,13 @@
 namespace qmr
 {
 
-// The conversions count in 400-year eras of years that start on 1 March, so
-// that the leap day ends each year and needs no test (day 0 of an era is
-// 1 March of a year divisible by 400; jdate + 693900 counts from 1 March of
-// year 0).
-inline constexpr int era_offset = 693900;
+// The conversions count from 1 March of a year shifted far enough back that
+// every quantity is unsigned (year 1 - 82*400 - 1 = -32800 here), so that the
+// leap day ends each year and needs no test, and each division by a constant
+// is a multiply and a shift. Day numbers count from 31 December 1899; 1 March
+// of the shifted year 0 is day -shift_days.
+inline constexpr unsigned shift_years = 82 * 400;
+inline constexpr unsigned shift_days = 693900 + 82 * 146097;
 
 int mdy_to_day(int month, int day, int year, int *jdate) noexcept
 {
@@ -21,15 +24,17 @@ int mdy_to_day(int month, int day, int year, int *jdate) noexcept
         return QMR_E_BADYEAR;
     if (month < 1 || month > 12)
         return QMR_E_BADMONTH;
-    if (day < 1 || day > month_length(month, year))
+    // the leap-year test only for 29 February
+    if ((day < 1 || day > daymon[month]) && !(month == 2 && day == 29 && leap(year)))
         return QMR_E_BADDAY;
-    unsigned y = static_cast<unsigned>(year - (month <= 2 ? 1 : 0)); // [0, 9999]
-    unsigned era = y / 400;                                          // [0, 24]
-    unsigned yoe = y - era * 400;                                    // [0, 399]
-    unsigned mp = static_cast<unsigned>(month > 2 ? month - 3 : month + 9);
-    unsigned doy = (153 * mp + 2) / 5 + static_cast<unsigned>(day) - 1; // [0, 365]
-    unsigned doe = yoe * 365 + yoe / 4 - yoe / 100 + doy;               // [0, 146096]
-    *jdate = static_cast<int>(era * 146097 + doe) - era_offset;
+    // January and February count as months 13 and 14 of the year before.
+    const bool early = month <= 2;
+    const unsigned y = static_cast<unsigned>(year) + shift_years - (early ? 1 : 0);
+    const unsigned m = static_cast<unsigned>(month) + (early ? 12 : 0);
+    const unsigned century = y / 100;
+    const unsigned year_days = 1461 * y / 4 - century + century / 4;
+    const unsigned month_days = (979 * m - 2919) / 32; // days from 1 March to month m
+    *jdate = static_cast<int>(year_days + month_days + static_cast<unsigned>(day) - 1 - shift_days);
     return 0;
 }
 
@@ -68,22 +73,30 @@ int rjulmdy(int jdate, short mdy[3]) noexcept
         mdy[0] = mdy[1] = mdy[2] = 0;
         return jdate == QMR_DATE_NULL ? 0 : QMR_E_DATERANGE;
     }
-    // Unsigned: every quantity is non-negative in range, and unsigned
-    // division by a constant is a plain multiply and shift.
-    unsigned z = static_cast<unsigned>(jdate + era_offset);               // [306, 3652364]
-    unsigned era = z / 146097;                                            // [0, 24]
-    unsigned doe = z - era * 146097;                                      // [0, 146096]
-    unsigned yoe = (doe - doe / 1460 + doe / 36524 - doe / 146096) / 365; // [0, 399]
-    unsigned doy = doe - (365 * yoe + yoe / 4 - yoe / 100);               // [0, 365] from 1 March
-    unsigned mp = (5 * doy + 2) / 153;                                    // [0, 11] from March
-    unsigned month = mp < 10 ? mp + 3 : mp - 9;                           // [1, 12]
-    mdy[0] = static_cast<short>(month);
-    mdy[1] = static_cast<short>(doy - (153 * mp + 2) / 5 + 1);
-    mdy[2] = static_cast<short>(yoe + era * 400 + (month <= 2 ? 1 : 0));
+    // The century and the day in it from four times the day count (a century
+    // is 36524.25 days), then the year in the century and the day of the year
+    // from one 64-bit product (the fraction of 2939745/2^32 per quarter-day),
+    // then the month and day from one product (2141/65536 months per day).
+    const unsigned n = 4 * (static_cast<unsigned>(jdate) + shift_days) + 3;
+    const unsigned century = n / 146097;
+    const unsigned in_century = (n % 146097) | 3;
+    const std::uint64_t product = std::uint64_t{2939745} * in_century;
+    const auto year_in_century = static_cast<unsigned>(product >> 32);
+    const unsigned day_of_year = static_cast<unsigned>(product) / 2939745 / 4; // from 1 March
+    const unsigned md = 2141 * day_of_year + 197913;
+    const bool early = day_of_year >= 306; // January or February of the next year
+    mdy[0] = static_cast<short>(md / 65536 - (early ? 12 : 0));
+    mdy[1] = static_cast<short>(md % 65536 / 2141 + 1);
+    mdy[2] = static_cast<short>(100 * century + year_in_century - shift_years + (early ? 1 : 0));
     return 0;
 }
 
-int rmdyjul_tcb(const short mdy[3], int *jdate, qmr_tcb_t *ctx) noexcept
+namespace
+{
+
+// rmdyjul_tcb's body, inline in both entry points (a call from one exported
+// function to another goes through the symbol table).
+inline int mdy_to_jdate(const short mdy[3], int *jdate, qmr_tcb_t *ctx) noexcept
 {
     int month = mdy[0], day = mdy[1], year = mdy[2];
     if (month == 0 && day == 0 && year == 0) {
@@ -104,12 +117,19 @@ int rmdyjul_tcb(const short mdy[3], int *jdate, qmr_tcb_t *ctx) noexcept
     return status;
 }
 
+} // namespace
+
+int rmdyjul_tcb(const short mdy[3], int *jdate, qmr_tcb_t *ctx) noexcept
+{
+    return mdy_to_jdate(mdy, jdate, ctx);
+}
+
 int rmdyjul(const short mdy[3], int *jdate) noexcept
 {
-    qmr_tcb_t *ctx = CheckAlltcbInit();
+    qmr_tcb_t *ctx = qmr::thread_root();
     if (ctx == nullptr || ctx->gen == nullptr)
         return 0;
-    return rmdyjul_tcb(mdy, jdate, ctx);
+    return mdy_to_jdate(mdy, jdate, ctx);
 }
 
 int checkyear(const char cy[2]) noexcept

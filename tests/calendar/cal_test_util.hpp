@@ -5,6 +5,7 @@
 
 #include <gtest/gtest.h>
 
+#include <array>
 #include <chrono>
 #include <cstdlib>
 #include <cstring>
@@ -14,11 +15,16 @@
 #include <thread>
 #include <unistd.h>
 #include <utility>
+#include <vector>
 
 #include "calendar/calendar.hpp"
 #include "qmr/date.h"
 #include "qmr/datetime.h"
 #include "qmr/env.h"
+
+// Present in coverage builds linked with -Wl,-u,__gcov_dump: lets a child
+// write its counters, which _exit would otherwise drop.
+extern "C" void __gcov_dump(void) __attribute__((weak));
 
 namespace caltest
 {
@@ -48,6 +54,8 @@ template <typename Body> void isolated(EnvList env, Body body)
         std::thread worker(body);
         worker.join();
         std::fflush(stdout);
+        if (__gcov_dump != nullptr)
+            __gcov_dump();
         _exit(::testing::Test::HasFailure() ? 1 : 0);
     }
     int status = 0;
@@ -114,6 +122,33 @@ inline int qual_of(const char *text, bool interval)
     int q = -1;
     int status = rtuqual(interval ? 14 : 10, text, &q);
     return status == 0 ? q : status;
+}
+
+// A value of the named qualifier read from text (the read must succeed).
+inline intrvl_t interval(const char *qual, const char *text)
+{
+    intrvl_t v;
+    v.qualifier = static_cast<short>(qual_of(qual, true));
+    EXPECT_EQ(incvasc(text, &v), 0) << text;
+    return v;
+}
+
+inline dtime_t datetime(const char *qual, const char *text)
+{
+    dtime_t v;
+    v.qualifier = static_cast<short>(qual_of(qual, false));
+    EXPECT_EQ(dtcvasc(text, &v), 0) << text;
+    return v;
+}
+
+// The year of today's date as the library sees it.
+inline int this_year()
+{
+    int today = 0;
+    short mdy[3];
+    rtoday(&today);
+    rjulmdy(today, mdy);
+    return mdy[2];
 }
 
 inline bool same(const dec_t &a, const dec_t &b)

@@ -1,7 +1,6 @@
-// Datetime and interval arithmetic: month ends over every month of a leap and
-// a common year, additions and differences against day-number and std::chrono
-// arithmetic on random values, the worked edge cases, and multiplication and
-// division of intervals.
+// Datetime and interval arithmetic: month ends in every month of a leap and a
+// common year, random additions and differences against std::chrono and day
+// numbers, the worked edge cases, and scaling and ratios of intervals.
 #include "cal_test_util.hpp"
 
 #include <random>
@@ -10,22 +9,6 @@ using namespace caltest;
 
 namespace
 {
-
-intrvl_t interval(const char *qual, const char *text)
-{
-    intrvl_t v;
-    v.qualifier = static_cast<short>(qual_of(qual, true));
-    EXPECT_EQ(incvasc(text, &v), 0) << text;
-    return v;
-}
-
-dtime_t datetime(const char *qual, const char *text)
-{
-    dtime_t v;
-    v.qualifier = static_cast<short>(qual_of(qual, false));
-    EXPECT_EQ(dtcvasc(text, &v), 0) << text;
-    return v;
-}
 
 long long seconds_of(const dec_t &interval_value, int qual)
 {
@@ -41,42 +24,25 @@ long long seconds_of(const dec_t &interval_value, int qual)
 TEST(Arithmetic, MonthEndsInEveryMonth)
 {
     using namespace std::chrono;
-    for (int y : {2023, 2024}) {
-        for (int m = 1; m <= 12; ++m) {
-            int length = static_cast<int>(unsigned((year(y) / month(m) / last).day()));
-            for (int d = 1; d <= length; ++d) {
+    auto length = [](int y, int m) { return int(unsigned((year(y) / month(m) / last).day())); };
+    const auto mq = static_cast<short>(qual_of("month(3) to month", true));
+    for (int y : {2023, 2024})
+        for (int m = 1; m <= 12; ++m)
+            for (int d = 1; d <= length(y, m); ++d)
                 for (int step : {1, -1, 13, -25}) {
-                    int total = y * 12 + (m - 1) + step;
-                    int ty = total / 12, tm = total % 12 + 1;
-                    int tlen = static_cast<int>(unsigned((year(ty) / month(tm) / last).day()));
-                    dtime_t dt;
-                    dt.qualifier = QMR_YEAR_TO_DAY;
-                    dt.value = make(QMR_YEAR_TO_DAY, {y, m, d});
-                    intrvl_t inv;
-                    inv.qualifier = static_cast<short>(qual_of("month(3) to month", true));
-                    inv.value = make(inv.qualifier, {0, std::abs(step)}, 0, step < 0 ? 0 : 1);
-                    dtime_t out;
+                    const int total = y * 12 + (m - 1) + step, ty = total / 12, tm = total % 12 + 1;
+                    dtime_t dt{QMR_YEAR_TO_DAY, make(QMR_YEAR_TO_DAY, {y, m, d})}, out, back;
+                    intrvl_t inv{mq, make(mq, {0, std::abs(step)}, 0, step < 0 ? 0 : 1)};
                     ASSERT_EQ(dtaddinv(&dt, &inv, &out), 0);
                     qmr::Fields f = fields(out.value, QMR_YEAR_TO_DAY);
-                    EXPECT_EQ(f.v[0], ty);
-                    EXPECT_EQ(f.v[1], tm);
-                    EXPECT_EQ(f.v[2], std::min(d, tlen))
+                    EXPECT_EQ((std::vector<long long>{f.v[0], f.v[1], f.v[2]}),
+                              (std::vector<long long>{ty, tm, std::min(d, length(ty, tm))}))
                         << y << "-" << m << "-" << d << " + " << step;
                     // dtsubinv is the addition of the negated interval.
-                    dtime_t back;
                     inv.value.sign = step < 0 ? 1 : 0;
                     ASSERT_EQ(dtsubinv(&dt, &inv, &back), 0);
                     EXPECT_TRUE(same(back.value, out.value));
                 }
-            }
-        }
-    }
-    // Without a year February has 29 days.
-    dtime_t md = datetime("month to day", "01-31");
-    intrvl_t one = interval("month to month", "1");
-    dtime_t out;
-    ASSERT_EQ(dtaddinv(&md, &one, &out), 0);
-    EXPECT_EQ(dt_text(out.value, out.qualifier), "02-29");
 }
 
 TEST(Arithmetic, WorkedCases)
@@ -86,42 +52,45 @@ TEST(Arithmetic, WorkedCases)
         int direction;
         const char *want;
         int status;
-    } rows[] = {
-        {"year to day", "2024-01-31", "month to month", "1", 1, "2024-02-29", 0},
-        {"year to day", "2023-01-31", "month to month", "1", 1, "2023-02-28", 0},
-        {"year to day", "2024-03-01", "day to day", "1", -1, "2024-02-29", 0},
-        {"month to day", "12-31", "day to day", "1", 1, "", QMR_E_BADDATETIME},
-        {"year to day", "9999-12-31", "day to day", "1", 1, "", QMR_E_BADYEAR},
-        {"year to day", "0001-01-01", "day to day", "1", -1, "", QMR_E_BADYEAR},
-        {"year to day", "2024-01-31", "hour to minute", "1:00", 1, "", QMR_E_BADQUALIFIERS},
-        {"hour to minute", "23:00", "hour to hour", "2", 1, "", QMR_E_BADDATETIME},
-        {"hour to minute", "23:00", "hour to hour", "23", -1, "00:00", 0},
-        {"hour to minute", "10:00", "day to hour", "0 1", 1, "", QMR_E_BADQUALIFIERS},
+    };
+    constexpr int dt = QMR_E_BADDATETIME, yr = QMR_E_BADYEAR, qu = QMR_E_BADQUALIFIERS;
+    const char *ytd = "year to day", *yts = "year to second", *htm = "hour to minute";
+    // clang-format off
+    const Row rows[] = {
+        {ytd, "2024-01-31", "month to month", "1", 1, "2024-02-29", 0},
+        {ytd, "2023-01-31", "month to month", "1", 1, "2023-02-28", 0},
+        {ytd, "2024-03-01", "day to day", "1", -1, "2024-02-29", 0},
+        {"month to day", "01-31", "month to month", "1", 1, "02-29", 0}, // no year: 29 days
+        {"month to day", "12-31", "day to day", "1", 1, "", dt},
+        {ytd, "9999-12-31", "day to day", "1", 1, "", yr},
+        {ytd, "0001-01-01", "day to day", "1", -1, "", yr},
+        {ytd, "2024-01-31", htm, "1:00", 1, "", qu},
+        {htm, "23:00", "hour to hour", "2", 1, "", dt},
+        {htm, "23:00", "hour to hour", "23", -1, "00:00", 0},
+        {htm, "10:00", "day to hour", "0 1", 1, "", qu},
         {"minute to second", "59:00", "second(5) to second", "59", 1, "59:59", 0},
-        {"minute to second", "59:00", "second(5) to second", "60", 1, "", QMR_E_BADDATETIME},
+        {"minute to second", "59:00", "second(5) to second", "60", 1, "", dt},
         {"day to hour", "30 23", "hour to hour", "1", 1, "31 00", 0},
-        {"day to hour", "31 23", "hour to hour", "1", 1, "", QMR_E_BADDATETIME},
-        {"year to second", "2024-12-31 23:59:59", "second to second", "1", 1, "2025-01-01 00:00:00",
-         0},
+        {"day to hour", "31 23", "hour to hour", "1", 1, "", dt},
+        {yts, "2024-12-31 23:59:59", "second to second", "1", 1, "2025-01-01 00:00:00", 0},
         {"year to fraction(3)", "2024-02-28 23:59:59.999", "second to fraction(3)", "0.001", 1,
          "2024-02-29 00:00:00.000", 0},
-        {"year to second", "2024-03-31 00:00:00", "day(9) to second", "1 00:00:01", -1,
-         "2024-03-29 23:59:59", 0},
-        {"year to month", "9999-12", "month to month", "1", 1, "", QMR_E_BADDATETIME},
+        {yts, "2024-03-31 00:00:00", "day(9) to second", "1 00:00:01", -1, "2024-03-29 23:59:59",
+         0},
+        {"year to month", "9999-12", "month to month", "1", 1, "", dt},
         {"year to month", "2024-12", "year to month", "1-01", 1, "2026-01", 0},
-        {"month to day", "11-30", "month to month", "2", 1, "", QMR_E_BADDATETIME},
+        {"month to day", "11-30", "month to month", "2", 1, "", dt},
         {"year to year", "2024", "year to year", "10", -1, "2014", 0},
-        {"year to second", "2024-01-31 12:00:00", "day to day", "1", 1, "2024-02-01 12:00:00", 0},
-        {"day to day", "15", "year to month", "0-01", 1, "", QMR_E_BADQUALIFIERS},
-        {"year to day", "2024-01-31", "day(9) to day", "999999999", 1, "", QMR_E_BADYEAR},
-    };
+        {yts, "2024-01-31 12:00:00", "day to day", "1", 1, "2024-02-01 12:00:00", 0},
+        {"day to day", "15", "year to month", "0-01", 1, "", qu},
+        {ytd, "2024-01-31", "day(9) to day", "999999999", 1, "", yr}};
+    // clang-format on
     for (const Row &r : rows) {
-        dtime_t dt = datetime(r.dq, r.dtext);
+        dtime_t in = datetime(r.dq, r.dtext), out;
         intrvl_t inv = interval(r.iq, r.itext);
-        dtime_t out;
-        int status = r.direction > 0 ? dtaddinv(&dt, &inv, &out) : dtsubinv(&dt, &inv, &out);
+        int status = r.direction > 0 ? dtaddinv(&in, &inv, &out) : dtsubinv(&in, &inv, &out);
         EXPECT_EQ(status, r.status) << r.dtext << (r.direction > 0 ? " + " : " - ") << r.itext;
-        EXPECT_EQ(out.qualifier, dt.qualifier);
+        EXPECT_EQ(out.qualifier, in.qualifier);
         if (r.status == 0) {
             EXPECT_EQ(dt_text(out.value, out.qualifier), r.want) << r.dtext << " +- " << r.itext;
         } else {
@@ -137,34 +106,28 @@ TEST(Arithmetic, AdditionAgainstChrono)
     std::uniform_int_distribution<long long> when(-62135596800LL + 86400LL * 366 * 301,
                                                   253402300799LL - 86400LL * 366 * 301);
     std::uniform_int_distribution<long long> delta(-86400LL * 365 * 300, 86400LL * 365 * 300);
-    int qual = QMR_YEAR_TO_SECOND;
-    int iq = qual_of("second(9) to second", true);
-    int dq = qual_of("day(6) to second", true);
+    const int qual = QMR_YEAR_TO_SECOND, iq = qual_of("second(9) to second", true),
+              dq = qual_of("day(6) to second", true);
+    // A moment of qual: the day's fields and the seconds into it.
+    auto moment = [](sys_seconds tp) {
+        const auto day_point = floor<days>(tp);
+        const year_month_day ymd(day_point);
+        const hh_mm_ss hms(tp - day_point);
+        return make(qual, {int(ymd.year()), unsigned(ymd.month()), unsigned(ymd.day()),
+                           hms.hours().count(), hms.minutes().count(), hms.seconds().count()});
+    };
     for (int i = 0; i < 20000; ++i) {
-        long long t = when(rng), s = delta(rng) / (i % 2 == 0 ? 1 : 1000);
-        auto tp = sys_seconds(seconds(t));
-        auto day_point = floor<days>(tp);
-        year_month_day ymd(day_point);
-        hh_mm_ss hms(tp - day_point);
-        dec_t dt = make(qual, {int(ymd.year()), unsigned(ymd.month()), unsigned(ymd.day()),
-                               hms.hours().count(), hms.minutes().count(), hms.seconds().count()});
-        long long mag = s < 0 ? -s : s;
-        int use = std::llabs(s) < 999999999 ? iq : dq;
+        const long long t = when(rng), s = delta(rng) / (i % 2 == 0 ? 1 : 1000);
+        const auto tp = sys_seconds(seconds(t));
+        dec_t dt = moment(tp), out;
+        const long long mag = s < 0 ? -s : s;
+        const int use = mag < 999999999 ? iq : dq, sign = s < 0 ? 0 : 1;
         dec_t inv =
-            use == iq ? make(iq, {0, 0, 0, 0, 0, mag}, 0, s < 0 ? 0 : 1)
+            use == iq ? make(iq, {0, 0, 0, 0, 0, mag}, 0, sign)
                       : make(dq, {0, 0, mag / 86400, mag % 86400 / 3600, mag % 3600 / 60, mag % 60},
-                             0, s < 0 ? 0 : 1);
-        dec_t out;
+                             0, sign);
         ASSERT_EQ(rdtaddinv(&dt, qual, &inv, use, &out), 0);
-        auto want_tp = tp + seconds(s);
-        auto want_day = floor<days>(want_tp);
-        year_month_day wymd(want_day);
-        hh_mm_ss whms(want_tp - want_day);
-        qmr::Fields f = fields(out, qual);
-        ASSERT_EQ(f.v[0], int(wymd.year()));
-        ASSERT_EQ(f.v[1], static_cast<long long>(unsigned(wymd.month())));
-        ASSERT_EQ(f.v[2], static_cast<long long>(unsigned(wymd.day())));
-        ASSERT_EQ(f.v[3] * 3600 + f.v[4] * 60 + f.v[5], whms.to_duration().count());
+        ASSERT_EQ(dt_text(out, qual), dt_text(moment(tp + seconds(s)), qual)) << t << " + " << s;
         // And the difference of the two gives the interval back.
         intrvl_t diff;
         diff.qualifier = static_cast<short>(qual_of("day(9) to second", true));
@@ -177,30 +140,28 @@ TEST(Arithmetic, AdditionAgainstChrono)
 TEST(Arithmetic, DifferencesAgainstDayNumbers)
 {
     std::mt19937 rng(4242);
-    std::uniform_int_distribution<int> day(QMR_DATE_MIN, QMR_DATE_MAX);
-    std::uniform_int_distribution<int> sec(0, 86399);
-    std::uniform_int_distribution<int> frac(0, 99999);
-    int q = QMR_YEAR_TO_F5;
-    int out_q = qual_of("day(9) to fraction(5)", true);
+    std::uniform_int_distribution<int> day(QMR_DATE_MIN, QMR_DATE_MAX), sec(0, 86399),
+        frac(0, 99999);
+    const int out_q = qual_of("day(9) to fraction(5)", true);
+    // The datetime of day number j, s seconds and f 10^-5 seconds into it.
+    auto at = [](int j, int s, int f) {
+        short mdy[3];
+        rjulmdy(j, mdy);
+        return dtime_t{
+            QMR_YEAR_TO_F5,
+            make(QMR_YEAR_TO_F5, {mdy[2], mdy[0], mdy[1], s / 3600, s / 60 % 60, s % 60}, f)};
+    };
     for (int i = 0; i < 20000; ++i) {
-        int ja = day(rng), jb = day(rng), sa = sec(rng), sb = sec(rng), fa = frac(rng),
-            fb = frac(rng);
-        short ma[3], mb[3];
-        rjulmdy(ja, ma);
-        rjulmdy(jb, mb);
-        dtime_t a{static_cast<short>(q),
-                  make(q, {ma[2], ma[0], ma[1], sa / 3600, sa / 60 % 60, sa % 60}, fa)};
-        dtime_t b{static_cast<short>(q),
-                  make(q, {mb[2], mb[0], mb[1], sb / 3600, sb / 60 % 60, sb % 60}, fb)};
+        const int ja = day(rng), jb = day(rng), sa = sec(rng), sb = sec(rng), fa = frac(rng),
+                  fb = frac(rng);
+        dtime_t a = at(ja, sa, fa), b = at(jb, sb, fb);
         intrvl_t d;
         d.qualifier = static_cast<short>(out_q);
         ASSERT_EQ(dtsub(&a, &b, &d), 0);
-        __int128 want = (static_cast<__int128>(ja - jb) * 86400 + (sa - sb)) * 100000 + (fa - fb);
-        qmr::Fields f = fields(d.value, out_q);
-        __int128 got =
-            ((static_cast<__int128>(f.v[2]) * 86400 + f.v[3] * 3600 + f.v[4] * 60 + f.v[5]) *
-                 100000 +
-             f.frac) *
+        const __int128 want = (__int128(ja - jb) * 86400 + (sa - sb)) * 100000 + (fa - fb);
+        const qmr::Fields f = fields(d.value, out_q);
+        const __int128 got =
+            ((__int128(f.v[2]) * 86400 + f.v[3] * 3600 + f.v[4] * 60 + f.v[5]) * 100000 + f.frac) *
             (f.sign == 0 ? -1 : 1);
         ASSERT_TRUE(got == want) << ja << " " << jb;
     }
@@ -211,7 +172,9 @@ TEST(Arithmetic, DifferenceQualifiers)
     struct Row {
         const char *q, *a, *b, *out_q, *want;
         int status;
-    } rows[] = {
+    };
+    // clang-format off
+    const Row rows[] = {
         {"year to month", "2024-03", "1999-11", "year(9) to month", "        24-04", 0},
         {"year to month", "1999-11", "2024-03", "month(5) to month", "  -292", 0},
         {"year to year", "9999", "0001", "year(4) to year", " 9998", 0},
@@ -224,8 +187,8 @@ TEST(Arithmetic, DifferenceQualifiers)
         {"year to second", "2024-01-01 00:00:00", "2023-01-01 00:00:00", "year to month", "",
          QMR_E_BADQUALIFIERS},
         {"year to second", "2024-03-01 00:00:00", "2024-02-28 12:00:00", "hour(3) to minute",
-         "  36:00", 0},
-    };
+         "  36:00", 0}};
+    // clang-format on
     for (const Row &r : rows) {
         dtime_t a = datetime(r.q, r.a), b = datetime(r.q, r.b);
         intrvl_t out;
@@ -251,7 +214,6 @@ TEST(Arithmetic, IntervalCountsAndScaling)
     dec_t count, out;
     intrvl_t inv = interval("day to fraction(3)", "2 03:04:05.678");
     ASSERT_EQ(rinvtodec(&inv.value, inv.qualifier, &count), 0);
-    char text[64];
     double d = 0;
     dectodbl(&count, &d);
     EXPECT_DOUBLE_EQ(d, 183845.678);
@@ -295,7 +257,6 @@ TEST(Arithmetic, IntervalCountsAndScaling)
             EXPECT_EQ(inv_text(res.value, res.qualifier), r.want) << r.text << " * " << r.factor;
         }
     }
-    (void)text;
 }
 
 TEST(Arithmetic, RatiosInTheCommonQualifier)
@@ -327,33 +288,28 @@ TEST(Arithmetic, RatiosInTheCommonQualifier)
 
 TEST(Arithmetic, NullsPropagate)
 {
-    dtime_t dt = datetime("year to day", "2024-01-31");
-    intrvl_t inv = interval("day to day", "1");
-    dtime_t null_dt = dt, out;
-    intrvl_t null_inv = inv, iout;
+    dtime_t dt = datetime("year to day", "2024-01-31"), null_dt = dt, out;
+    intrvl_t inv = interval("day to day", "1"), null_inv = inv, iout;
     qmr::set_null(&null_dt.value);
     qmr::set_null(&null_inv.value);
-    EXPECT_EQ(dtaddinv(&null_dt, &inv, &out), 0);
-    EXPECT_EQ(out.value.sign, -1);
-    EXPECT_EQ(dtaddinv(&dt, &null_inv, &out), 0);
-    EXPECT_EQ(out.value.sign, -1);
-    EXPECT_EQ(dtsubinv(&dt, &null_inv, &out), 0);
-    EXPECT_EQ(out.value.sign, -1);
+    // A call that succeeds with a null result.
+    auto null_result = [](const char *what, int status, const dec_t &result) {
+        EXPECT_EQ(status, 0) << what;
+        EXPECT_EQ(result.sign, -1) << what;
+    };
+    null_result("null + interval", dtaddinv(&null_dt, &inv, &out), out.value);
+    null_result("datetime + null", dtaddinv(&dt, &null_inv, &out), out.value);
+    null_result("datetime - null", dtsubinv(&dt, &null_inv, &out), out.value);
     iout.qualifier = inv.qualifier;
-    EXPECT_EQ(dtsub(&dt, &null_dt, &iout), 0);
-    EXPECT_EQ(iout.value.sign, -1);
+    null_result("datetime - null datetime", dtsub(&dt, &null_dt, &iout), iout.value);
     dec_t two, q;
     deccvlong(2, &two);
-    EXPECT_EQ(invmuldec(&null_inv, &two, &iout), 0);
-    EXPECT_EQ(iout.value.sign, -1);
-    EXPECT_EQ(invdivinv(&inv, &null_inv, &q), 0);
-    EXPECT_EQ(q.sign, -1);
-    EXPECT_EQ(rinvtodec(&null_inv.value, null_inv.qualifier, &q), 0);
-    EXPECT_EQ(q.sign, -1);
-    EXPECT_EQ(rdectoinv(&q, &iout.value, iout.qualifier), 0);
-    EXPECT_EQ(iout.value.sign, -1);
-    EXPECT_EQ(rinvcopy(&null_inv.value, null_inv.qualifier, &q, QMR_DAY9_TO_SECOND), 0);
-    EXPECT_EQ(q.sign, -1);
+    null_result("null * 2", invmuldec(&null_inv, &two, &iout), iout.value);
+    null_result("interval / null", invdivinv(&inv, &null_inv, &q), q);
+    null_result("null to decimal", rinvtodec(&null_inv.value, null_inv.qualifier, &q), q);
+    null_result("null from decimal", rdectoinv(&q, &iout.value, iout.qualifier), iout.value);
+    null_result("copy of null",
+                rinvcopy(&null_inv.value, null_inv.qualifier, &q, QMR_DAY9_TO_SECOND), q);
     char buf[64] = "x";
     EXPECT_EQ(rdtimestr(&null_dt.value, null_dt.qualifier, buf), 0);
     EXPECT_STREQ(buf, "");

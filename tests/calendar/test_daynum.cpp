@@ -1,6 +1,6 @@
-// Day numbers over the whole valid range against std::chrono, the rejections
-// of rmdyjul, today's date and its per-thread cache, DBTODAY, and the
-// process-wide DBDATE and DBCENTURY settings (each in its own process).
+// Day numbers over the whole range against std::chrono, the rejections of
+// rmdyjul, today's date and its per-thread cache, DBTODAY, and the process-wide
+// DBDATE, DBCENTURY and QMR_NOZEROMDY settings (each in its own process).
 #include "cal_test_util.hpp"
 
 #include <clocale>
@@ -20,6 +20,13 @@ int clock_day()
     return chrono_day(parts.tm_year + 1900, parts.tm_mon + 1, parts.tm_mday);
 }
 
+// The day number of a datetime's YEAR TO DAY fields.
+int day_of(const dec_t &value)
+{
+    const qmr::Fields f = fields(value, QMR_YEAR_TO_DAY);
+    return chrono_day(int(f.v[0]), int(f.v[1]), int(f.v[2]));
+}
+
 std::string mask()
 {
     char buf[32];
@@ -30,31 +37,23 @@ std::string mask()
 
 TEST(DayNumbers, EveryDayAgainstChrono)
 {
-    int failures = 0;
-    for (int j = QMR_DATE_MIN; j <= QMR_DATE_MAX && failures < 5; ++j) {
+    using namespace std::chrono;
+    for (int j = QMR_DATE_MIN; j <= QMR_DATE_MAX; ++j) {
         short mdy[3];
         ASSERT_EQ(rjulmdy(j, mdy), 0);
-        auto want = chrono_date(j);
-        if (mdy[2] != static_cast<int>(want.year()) ||
-            mdy[0] != static_cast<int>(unsigned(want.month())) ||
-            mdy[1] != static_cast<int>(unsigned(want.day()))) {
-            ADD_FAILURE() << "rjulmdy(" << j << ") = " << mdy[0] << "/" << mdy[1] << "/" << mdy[2];
-            ++failures;
-        }
+        const year_month_day want = chrono_date(j);
+        ASSERT_EQ((std::array<int, 3>{mdy[0], mdy[1], mdy[2]}),
+                  (std::array<int, 3>{int(unsigned(want.month())), int(unsigned(want.day())),
+                                      int(want.year())}))
+            << "rjulmdy(" << j << ")";
         int back = 0;
-        if (rmdyjul(mdy, &back) != 0 || back != j) {
-            ADD_FAILURE() << "rmdyjul back from " << j << " gives " << back;
-            ++failures;
-        }
-        unsigned weekday = std::chrono::weekday(std::chrono::sys_days(want)).c_encoding();
-        if (rdayofweek(j) != static_cast<int>(weekday)) {
-            ADD_FAILURE() << "rdayofweek(" << j << ") = " << rdayofweek(j);
-            ++failures;
-        }
+        ASSERT_EQ(rmdyjul(mdy, &back), 0);
+        ASSERT_EQ(back, j);
+        ASSERT_EQ(rdayofweek(j), int(weekday(sys_days(want)).c_encoding())) << j;
     }
 }
 
-TEST(DayNumbers, RangeEndsAndNull)
+TEST(DayNumbers, RangeEndsNullAndRejections)
 {
     short mdy[3] = {9, 9, 9};
     EXPECT_EQ(rjulmdy(QMR_DATE_NULL, mdy), 0);
@@ -64,51 +63,34 @@ TEST(DayNumbers, RangeEndsAndNull)
         EXPECT_EQ(rjulmdy(bad, mdy), QMR_E_DATERANGE) << bad;
         EXPECT_EQ(mdy[0] + mdy[1] + mdy[2], 0);
     }
-    struct Row {
-        int j, m, d, y;
-    } rows[] = {
-        {0, 12, 31, 1899}, {1, 1, 1, 1900}, {QMR_DATE_MIN, 1, 1, 1}, {QMR_DATE_MAX, 12, 31, 9999}};
-    for (const Row &r : rows) {
-        ASSERT_EQ(rjulmdy(r.j, mdy), 0);
-        EXPECT_EQ(mdy[0], r.m);
-        EXPECT_EQ(mdy[1], r.d);
-        EXPECT_EQ(mdy[2], r.y);
+    for (auto [j, m, d, y] : {std::array{0, 12, 31, 1899},
+                              {1, 1, 1, 1900},
+                              {QMR_DATE_MIN, 1, 1, 1},
+                              {QMR_DATE_MAX, 12, 31, 9999}}) {
+        ASSERT_EQ(rjulmdy(j, mdy), 0);
+        EXPECT_EQ((std::array<int, 3>{mdy[0], mdy[1], mdy[2]}), (std::array{m, d, y})) << j;
     }
     EXPECT_EQ(rdayofweek(0), 0);
     EXPECT_EQ(rdayofweek(QMR_DATE_NULL), 0);
-}
 
-TEST(DayNumbers, RmdyjulRejectsInOrder)
-{
+    // rmdyjul checks the year, then the month, then the day.
     struct Row {
         short m, d, y;
         int code;
-    } rows[] = {
-        {2, 29, 1900, QMR_E_BADDAY},
-        {2, 29, 2000, 0},
-        {2, 29, 2023, QMR_E_BADDAY},
-        {4, 31, 2024, QMR_E_BADDAY},
-        {1, 0, 2024, QMR_E_BADDAY},
-        {1, -3, 2024, QMR_E_BADDAY},
-        {0, 1, 2024, QMR_E_BADMONTH},
-        {13, 1, 2024, QMR_E_BADMONTH},
-        {-1, 1, 2024, QMR_E_BADMONTH},
-        {1, 1, 0, QMR_E_BADYEAR},
-        {1, 1, 10000, QMR_E_BADYEAR},
-        {13, 40, 0, QMR_E_BADYEAR},
-        {13, 40, 2024, QMR_E_BADMONTH},
-        {0, 0, 1, QMR_E_BADMONTH},
-        {12, 31, 9999, 0},
     };
+    constexpr int day = QMR_E_BADDAY, mon = QMR_E_BADMONTH, yr = QMR_E_BADYEAR;
+    // clang-format off
+    const Row rows[] = {
+        {2, 29, 1900, day}, {2, 29, 2000, 0},   {2, 29, 2023, day}, {4, 31, 2024, day},
+        {1, 0, 2024, day},  {1, -3, 2024, day}, {0, 1, 2024, mon},  {13, 1, 2024, mon},
+        {-1, 1, 2024, mon}, {1, 1, 0, yr},      {1, 1, 10000, yr},  {13, 40, 0, yr},
+        {13, 40, 2024, mon}, {0, 0, 1, mon},    {12, 31, 9999, 0}};
+    // clang-format on
     for (const Row &r : rows) {
-        short mdy[3] = {r.m, r.d, r.y};
+        short in[3] = {r.m, r.d, r.y};
         int j = 12345;
-        EXPECT_EQ(rmdyjul(mdy, &j), r.code) << r.m << "/" << r.d << "/" << r.y;
-        if (r.code != 0) {
-            EXPECT_EQ(j, 12345) << "output changed on failure";
-        } else {
-            EXPECT_EQ(j, chrono_day(r.y, r.m, r.d));
-        }
+        EXPECT_EQ(rmdyjul(in, &j), r.code) << r.m << "/" << r.d << "/" << r.y;
+        EXPECT_EQ(j, r.code != 0 ? 12345 : chrono_day(r.y, r.m, r.d)) << "output on failure kept";
     }
 }
 
@@ -116,43 +98,48 @@ TEST(DayNumbers, LeapYearsAndMonthLengths)
 {
     for (int y = -800; y <= 10400; ++y)
         ASSERT_EQ(rleapyear(y), std::chrono::year(y).is_leap() ? 1 : 0) << y;
-    const char cy_ok[][2] = {{0, 1}, {99, 99}, {20, 24}, {19, 0}};
-    const char cy_bad[][2] = {{0, 0}, {100, 0}, {-1, 99}};
-    for (const auto &cy : cy_ok)
-        EXPECT_EQ(checkyear(cy), 0);
-    for (const auto &cy : cy_bad)
-        EXPECT_EQ(checkyear(cy), -1);
+    // Century and year pairs: the first four are valid.
+    const char cy[][2] = {{0, 1}, {99, 99}, {20, 24}, {19, 0}, {0, 0}, {100, 0}, {-1, 99}};
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(checkyear(cy[i]), i < 4 ? 0 : -1) << int(cy[i][0]) << ' ' << int(cy[i][1]);
+    using namespace std::chrono;
+    auto len = [](int y, int m) { return int(unsigned((year(y) / month(m) / last).day())); };
     for (int m = 1; m <= 12; ++m) {
-        char pairs[3] = {20, 23, static_cast<char>(m)};
-        char leap_pairs[3] = {20, 24, static_cast<char>(m)};
-        char century[3] = {19, 0, static_cast<char>(m)};
-        char month_only[1] = {static_cast<char>(m)};
-        using namespace std::chrono;
-        auto len = [](int y, int mo) {
-            return static_cast<int>(unsigned((year(y) / month(mo) / last).day()));
-        };
-        EXPECT_EQ(daysinmonth(pairs, 3), len(2023, m));
-        EXPECT_EQ(daysinmonth(leap_pairs, 3), len(2024, m));
+        const char c = static_cast<char>(m);
+        const char common[3] = {20, 23, c}, leap[3] = {20, 24, c}, century[3] = {19, 0, c};
+        EXPECT_EQ(daysinmonth(common, 3), len(2023, m));
+        EXPECT_EQ(daysinmonth(leap, 3), len(2024, m));
         EXPECT_EQ(daysinmonth(century, 3), len(1900, m));
-        EXPECT_EQ(daysinmonth(month_only, 1), len(2024, m));
-        EXPECT_EQ(daysinmonth(month_only, 0), 31);
+        EXPECT_EQ(daysinmonth(&c, 1), len(2024, m)) << "the month alone: February has 29 days";
+        EXPECT_EQ(daysinmonth(&c, 0), 31);
     }
 }
 
-TEST(Today, ProgramSetDateAndClock)
+TEST(Today, ProgramSetValuesStayInTheirThread)
 {
-
     std::thread([] {
-        int d = 0;
-        int fixed = chrono_day(1999, 12, 31);
+        int d = 0, fixed = chrono_day(1999, 12, 31);
         rsettoday(&fixed);
         rtoday(&d);
         EXPECT_EQ(d, fixed);
+        dtime_t now{QMR_YEAR_TO_F5, make(QMR_YEAR_TO_F5, {2001, 2, 3, 4, 5, 6}, 78900)};
+        rdtsetcurr(&now);
+        dec_t cur;
+        rdtcurrent(&cur);
+        EXPECT_TRUE(same(cur, now.value));
+        dtime_t any{0, {}}; // an invalid qualifier becomes YEAR TO FRACTION(3)
+        dtcurrent(&any);
+        EXPECT_EQ(any.qualifier, QMR_YEAR_TO_F3);
+        EXPECT_EQ(dt_text(any.value, any.qualifier), "2001-02-03 04:05:06.789");
+        EXPECT_EQ(get_toerrno(), 0);
         // Another thread still reads the clock.
         std::thread([] {
             int other = 0;
             rtoday(&other);
             EXPECT_EQ(other, clock_day());
+            dtime_t mine{QMR_YEAR_TO_DAY, {}};
+            dtcurrent(&mine);
+            EXPECT_EQ(day_of(mine.value), clock_day());
         }).join();
         rsettoday(nullptr);
         rtoday(&d);
@@ -161,38 +148,10 @@ TEST(Today, ProgramSetDateAndClock)
         int again = 0;
         rtoday(&again);
         EXPECT_EQ(again, d);
-    }).join();
-}
-
-TEST(Today, CurrentDatetimeOverrideStaysInItsThread)
-{
-    std::thread([] {
-        dtime_t fixed;
-        fixed.qualifier = QMR_YEAR_TO_F5;
-        fixed.value = make(QMR_YEAR_TO_F5, {2001, 2, 3, 4, 5, 6}, 78900);
-        rdtsetcurr(&fixed);
-        dec_t now;
-        rdtcurrent(&now);
-        EXPECT_TRUE(same(now, fixed.value));
-        dtime_t cur;
-        cur.qualifier = 0; // invalid: becomes YEAR TO FRACTION(3)
-        dtcurrent(&cur);
-        EXPECT_EQ(cur.qualifier, QMR_YEAR_TO_F3);
-        EXPECT_EQ(dt_text(cur.value, cur.qualifier), "2001-02-03 04:05:06.789");
-        EXPECT_EQ(get_toerrno(), 0);
-        std::thread([] {
-            dtime_t mine;
-            mine.qualifier = QMR_YEAR_TO_DAY;
-            dtcurrent(&mine);
-            qmr::Fields f = fields(mine.value, QMR_YEAR_TO_DAY);
-            EXPECT_EQ(chrono_day(int(f.v[0]), int(f.v[1]), int(f.v[2])), clock_day());
-        }).join();
         rdtsetcurr(nullptr);
-        dtime_t back;
-        back.qualifier = QMR_YEAR_TO_DAY;
+        dtime_t back{QMR_YEAR_TO_DAY, {}};
         dtcurrent(&back);
-        qmr::Fields f = fields(back.value, QMR_YEAR_TO_DAY);
-        EXPECT_EQ(chrono_day(int(f.v[0]), int(f.v[1]), int(f.v[2])), clock_day());
+        EXPECT_EQ(day_of(back.value), clock_day());
     }).join();
 }
 
@@ -260,80 +219,57 @@ TEST(Settings, DbdateMasks)
         gputenv("DBDATE", "DMY2-");
         EXPECT_EQ(mask(), "dd-mm-yy");
     });
-    EXPECT_EQ(datesep('-'), '-');
-    EXPECT_EQ(datesep('.'), '.');
-    EXPECT_EQ(datesep('/'), '/');
-    EXPECT_EQ(datesep(' '), ' ');
-    EXPECT_EQ(datesep('0'), 0);
-    EXPECT_EQ(datesep('x'), '/');
-    EXPECT_EQ(datesep('4'), '/');
+    // A separator stays, '0' means none, anything else is '/'.
+    const char in[] = "-./ 0x4", out[] = "-./ \0//";
+    for (int i = 0; i < 7; ++i)
+        EXPECT_EQ(datesep(in[i]), out[i]) << in[i];
 }
 
-TEST(Settings, DbdateFromTheCLocale)
+TEST(Settings, DefaultsWithoutAFormat)
 {
     std::setlocale(LC_TIME, "C");
     char buf[8];
     ASSERT_NE(getdbdate(buf), nullptr);
-    EXPECT_STREQ(buf, "mdy4/");
+    EXPECT_STREQ(buf, "mdy4/") << "the C locale's order";
+    char *fmt = nullptr;
+    int order[3] = {7, 7, 7}, extra = 7;
+    EXPECT_EQ(gls_fmtstr(&fmt, order, &extra), QMR_E_BADDATEFMT) << "no date format in force";
+    EXPECT_EQ(fmt, nullptr);
+    EXPECT_EQ(order[0], 7);
 }
 
-TEST(Settings, DbcenturyIsReadUntilValid)
+TEST(Settings, DbcenturyIsReadUntilValidAndMapsErrors)
 {
     isolated({{"DBCENTURY", nullptr}}, [] {
         getdbcentury();
         EXPECT_EQ(qmr::dbcentury, 'R');
     });
     isolated({{"DBCENTURY", "p"}}, [] {
-        getdbcentury();
-        EXPECT_EQ(qmr::dbcentury, 0);
-        gputenv("DBCENTURY", "PP");
-        getdbcentury();
-        EXPECT_EQ(qmr::dbcentury, 0);
-        // Still unset, so the variable is read again.
-        gputenv("DBCENTURY", "F");
-        getdbcentury();
-        EXPECT_EQ(qmr::dbcentury, 'F');
-        gputenv("DBCENTURY", "C");
-        getdbcentury();
-        EXPECT_EQ(qmr::dbcentury, 'F');
+        auto read = [](const char *value) {
+            gputenv("DBCENTURY", value);
+            getdbcentury();
+            return qmr::dbcentury;
+        };
+        EXPECT_EQ(read("p"), 0);
+        EXPECT_EQ(read("PP"), 0);
+        EXPECT_EQ(read("F"), 'F') << "still unset, so the variable is read again";
+        EXPECT_EQ(read("C"), 'F');
         // An unset letter reaches the century rule, which refuses it.
         qmr::dbcentury = 0;
         gputenv("DBCENTURY", "X");
         EXPECT_EQ(getcentury(1, 1, 24), QMR_E_CENTURY);
     });
-}
-
-TEST(Settings, CenturyErrorsMapToDateCodes)
-{
     isolated({{"DBCENTURY", "R"}}, [] {
         EXPECT_EQ(getcentury(13, 1, 24), QMR_E_BADMONTH);
         EXPECT_EQ(getcentury(0, 1, 24), QMR_E_BADMONTH);
         EXPECT_EQ(getcentury(1, 1, 100), QMR_E_BADYEAR);
         EXPECT_EQ(getcentury(4, 31, 24), QMR_E_BADDAY);
-        short mdy[3];
-        int today = 0;
-        rtoday(&today);
-        rjulmdy(today, mdy);
-        EXPECT_EQ(getcentury(1, 1, 24), mdy[2] / 100);
+        EXPECT_EQ(getcentury(1, 1, 24), this_year() / 100);
     });
+    // P: the nearest such date on or before today.
     isolated({{"DBCENTURY", "P"}}, [] {
-        // P: the nearest such date on or before today.
-        short mdy[3];
-        int today = 0;
-        rtoday(&today);
-        rjulmdy(today, mdy);
-        int next_year = (mdy[2] + 1) % 100;
-        EXPECT_EQ(getcentury(1, 1, next_year), (mdy[2] + 1) / 100 - 1);
+        EXPECT_EQ(getcentury(1, 1, (this_year() + 1) % 100), (this_year() + 1) / 100 - 1);
     });
-}
-
-TEST(Settings, NoDateFormatInForce)
-{
-    char *fmt = nullptr;
-    int order[3] = {7, 7, 7}, extra = 7;
-    EXPECT_EQ(gls_fmtstr(&fmt, order, &extra), QMR_E_BADDATEFMT);
-    EXPECT_EQ(fmt, nullptr);
-    EXPECT_EQ(order[0], 7);
 }
 
 TEST(Settings, ValidateDbcentury)
@@ -352,24 +288,16 @@ TEST(Settings, ValidateDbcentury)
 
 TEST(Settings, ZeroTripleUnderNozeromdy)
 {
-    struct Row {
-        const char *value;
-        bool rejected;
-    } rows[] = {{nullptr, false}, {"1", true}, {"01", true}, {"1x", true},
-                {"2", false},     {"", false}, {"x1", false}};
-    for (const Row &r : rows) {
-        isolated({{"QMR_NOZEROMDY", r.value}}, [r] {
+    const std::pair<const char *, bool> rows[] = {{nullptr, false}, {"1", true},  {"01", true},
+                                                  {"1x", true},     {"2", false}, {"", false},
+                                                  {"x1", false}};
+    for (auto [value, rejected] : rows)
+        isolated({{"QMR_NOZEROMDY", value}}, [value = value, rejected = rejected] {
             short zero[3] = {0, 0, 0};
             int j = 42;
-            if (r.rejected) {
-                EXPECT_EQ(rmdyjul(zero, &j), QMR_E_BADDAY) << (r.value ? r.value : "(unset)");
-                EXPECT_EQ(j, 42);
-            } else {
-                EXPECT_EQ(rmdyjul(zero, &j), 0) << (r.value ? r.value : "(unset)");
-                EXPECT_EQ(j, QMR_DATE_NULL);
-            }
+            EXPECT_EQ(rmdyjul(zero, &j), rejected ? QMR_E_BADDAY : 0) << (value ? value : "unset");
+            EXPECT_EQ(j, rejected ? 42 : QMR_DATE_NULL);
         });
-    }
 }
 
 TEST(Settings, ReservedWords)

@@ -43,6 +43,15 @@ dec_t random_value(std::mt19937 &rng, int qual, bool interval)
     return out;
 }
 
+// The year read from text by qmr_rstrdtime under the letter (0: the setting).
+long long year_read(const char *text, int letter = 0, int q = QMR_YEAR_TO_DAY)
+{
+    dec_t out;
+    const int status = letter ? qmr_rstrdtime(text, &out, q, letter) : rstrdtime(text, &out, q);
+    EXPECT_EQ(status, 0) << text;
+    return status == 0 ? fields(out, q).v[0] : -1;
+}
+
 } // namespace
 
 TEST(Text, WritingExamples)
@@ -52,18 +61,19 @@ TEST(Text, WritingExamples)
         std::initializer_list<long long> v;
         long long frac;
         const char *want;
-    } rows[] = {
+    };
+    // clang-format off
+    const Row rows[] = {
         {"year to fraction(3)", {2024, 1, 31, 12, 34, 56}, 78900, "2024-01-31 12:34:56.789"},
         {"hour to second", {0, 0, 0, 12, 34, 56}, 0, "12:34:56"},
-        {"day to hour", {0, 0, 31, 12}, 0, "31 12"},
-        {"year to day", {24, 1, 1}, 0, "0024-01-01"},
+        {"day to hour", {0, 0, 31, 12}, 0, "31 12"}, {"year to day", {24, 1, 1}, 0, "0024-01-01"},
         {"fraction to fraction(5)", {}, 1234, ".01234"},
-        {"second to fraction(1)", {0, 0, 0, 0, 0, 7}, 90000, "07.9"},
-    };
+        {"second to fraction(1)", {0, 0, 0, 0, 0, 7}, 90000, "07.9"}};
+    // clang-format on
     for (const Row &r : rows) {
-        int q = qual_of(r.q, false);
-        EXPECT_EQ(dt_text(make(q, r.v, r.frac), q), r.want);
+        const int q = qual_of(r.q, false);
         dtime_t dt{static_cast<short>(q), make(q, r.v, r.frac)};
+        EXPECT_EQ(dt_text(dt.value, q), r.want);
         char buf[64];
         EXPECT_EQ(dttoasc(&dt, buf), 0);
         EXPECT_STREQ(buf, r.want);
@@ -84,90 +94,70 @@ TEST(Text, WritingExamples)
 
 TEST(Text, ReadingCodes)
 {
-    struct Row {
-        const char *q, *text;
+    struct Read {
+        const char *text;
         int status;
-        const char *want; // as written back, for a success
-    } rows[] = {
-        {"year to day", "2024-02-30", QMR_E_BADFIELD, nullptr},
-        {"year to day", "2024-02-29", 0, "2024-02-29"},
-        {"year to day", "2023-02-29", QMR_E_BADFIELD, nullptr},
-        {"year to day", "2024-01", QMR_E_QUALNOTNUM, nullptr},
-        {"year to day", "2024-01-31 12", QMR_E_EXTRATEXT, nullptr},
-        {"year to day", "2024-01-31x", QMR_E_EXTRATEXT, nullptr},
-        {"year to day", "2024-01/31", QMR_E_QUALNOTNUM, nullptr},
-        {"year to day", "2024-0131", QMR_E_BADFIELD, nullptr},
-        {"year to day", "2024-001-31", QMR_E_BADFIELD, nullptr},
-        {"year to day", "12024-01-31", QMR_E_QUALPRECISION, nullptr},
-        {"year to day", "024-01-31", 0, "0024-01-31"},
-        {"year to day", "2024-13-01", QMR_E_BADFIELD, nullptr},
-        {"year to day", "0000-01-01", QMR_E_BADFIELD, nullptr},
-        {"year to day", "  2024-1-5  ", 0, "2024-01-05"},
-        {"year to day", "2024- 1- 5", 0, "2024-01-05"},
-        {"year to day", "-2024-01-01", QMR_E_QUALNOTNUM, nullptr},
-        {"year to day", "", 0, ""},
-        {"year to day", "    ", 0, ""},
-        {"fraction to fraction(3)", ".123", 0, ".123"},
-        {"fraction to fraction(3)", "000.5", 0, ".500"},
-        {"fraction to fraction(3)", "1.123", QMR_E_BADFIELD, nullptr},
-        {"fraction to fraction(3)", "123", QMR_E_BADFIELD, nullptr},
-        {"fraction to fraction(3)", "0", QMR_E_NOPOINT, nullptr},
-        {"fraction to fraction(3)", ".1234", QMR_E_EXTRATEXT, nullptr},
-        {"hour to minute", "12:60", QMR_E_BADFIELD, nullptr},
-        {"hour to minute", "24:00", QMR_E_BADFIELD, nullptr},
-        {"hour to minute", "12:", QMR_E_QUALNOTNUM, nullptr},
-        {"hour to second", "12:34:56.5", QMR_E_EXTRATEXT, nullptr},
-        {"hour to fraction(3)", "12:34:56", 0, "12:34:56.000"},
-        {"hour to fraction(3)", "12:34:56 ", 0, "12:34:56.000"},
-        {"hour to fraction(3)", "12:34:56.7", 0, "12:34:56.700"},
-        {"hour to fraction(3)", "12:34", QMR_E_QUALNOTNUM, nullptr},
-        {"hour to fraction(3)", "12:34:56,7", QMR_E_QUALNOTNUM, nullptr},
-        {"year to fraction(5)", "2024-01-31 12:34:56.12345", 0, "2024-01-31 12:34:56.12345"},
-        {"year to second", "2024-01-31   12:34:56", 0, "2024-01-31 12:34:56"},
-        {"year to second", "2024-01-31-12:34:56", QMR_E_QUALNOTNUM, nullptr},
-        {"month to day", "02-29", 0, "02-29"},
-        {"month to day", "04-31", QMR_E_BADFIELD, nullptr},
-        {"day to day", "31", 0, "31"},
-        {"day to day", "32", QMR_E_BADFIELD, nullptr},
-        {"day to day", "0", QMR_E_BADFIELD, nullptr},
+        const char *want = nullptr; // as written back, for a success; null: the text itself
     };
-    for (const Row &r : rows) {
-        int q = qual_of(r.q, false);
-        dec_t out;
-        std::memset(&out, 0x5A, sizeof out);
-        EXPECT_EQ(rstrdtime(r.text, &out, q), r.status) << r.q << " '" << r.text << "'";
-        if (r.status == 0) {
-            EXPECT_EQ(dt_text(out, q), r.want) << r.text;
-        } else {
-            EXPECT_EQ(out.sign, -1) << "a failed read leaves null: " << r.text;
-        }
-    }
-    struct InvRow {
-        const char *q, *text;
-        int status;
-        const char *want;
-    } inv_rows[] = {
-        {"day to hour", "-5 10", 0, " -5 10"},
-        {"day to hour", "  - 5 10", 0, " -5 10"},
-        {"day to hour", "5 24", QMR_E_BADFIELD, nullptr},
-        {"day to hour", "100 1", QMR_E_QUALPRECISION, nullptr},
-        {"day(3) to hour", "100 1", 0, " 100 01"},
-        {"year to month", "5-12", QMR_E_BADFIELD, nullptr},
-        {"year to month", "5-11", 0, "    5-11"},
-        {"hour(9) to minute", "999999999:59", 0, " 999999999:59"},
-        {"second to fraction(2)", "-0.5", 0, " -0.50"},
-        {"day to second", "1 2:3:4", 0, "  1 02:03:04"},
-        {"day to second", "1 2:3:4.5", QMR_E_EXTRATEXT, nullptr},
-        {"day to second", "--1 00:00:00", QMR_E_QUALNOTNUM, nullptr},
-        {"day to second", "", 0, ""},
+    struct Group {
+        const char *q;
+        bool interval;
+        std::vector<Read> reads;
     };
-    for (const InvRow &r : inv_rows) {
-        int q = qual_of(r.q, true);
-        intrvl_t inv;
-        inv.qualifier = static_cast<short>(q);
-        EXPECT_EQ(incvasc(r.text, &inv), r.status) << r.q << " '" << r.text << "'";
-        if (r.status == 0) {
-            EXPECT_EQ(inv_text(inv.value, q), r.want) << r.text;
+    constexpr int field = QMR_E_BADFIELD, notnum = QMR_E_QUALNOTNUM, extra = QMR_E_EXTRATEXT,
+                  prec = QMR_E_QUALPRECISION;
+    // clang-format off
+    const Group groups[] = {
+        {"year to day", false, {
+            {"2024-02-30", field},      {"2024-02-29", 0},          {"2023-02-29", field},
+            {"2024-01", notnum},        {"2024-01-31 12", extra},   {"2024-01-31x", extra},
+            {"2024-01/31", notnum},     {"2024-0131", field},       {"2024-001-31", field},
+            {"12024-01-31", prec},      {"024-01-31", 0, "0024-01-31"}, {"2024-13-01", field},
+            {"0000-01-01", field},      {"  2024-1-5  ", 0, "2024-01-05"},
+            {"2024- 1- 5", 0, "2024-01-05"}, {"-2024-01-01", notnum}, {"", 0}, {"    ", 0, ""}}},
+        {"fraction to fraction(3)", false, {
+            {".123", 0},                {"000.5", 0, ".500"},       {"1.123", field},
+            {"123", field},             {"0", QMR_E_NOPOINT},       {".1234", extra}}},
+        {"hour to minute", false, {{"12:60", field}, {"24:00", field}, {"12:", notnum}}},
+        {"hour to second", false, {{"12:34:56.5", extra}}},
+        {"hour to fraction(3)", false, {
+            {"12:34:56", 0, "12:34:56.000"}, {"12:34:56 ", 0, "12:34:56.000"},
+            {"12:34:56.7", 0, "12:34:56.700"}, {"12:34", notnum}, {"12:34:56,7", notnum}}},
+        {"year to fraction(5)", false, {{"2024-01-31 12:34:56.12345", 0}}},
+        {"year to second", false, {
+            {"2024-01-31   12:34:56", 0, "2024-01-31 12:34:56"}, {"2024-01-31-12:34:56", notnum}}},
+        {"month to day", false, {{"02-29", 0}, {"04-31", field}}},
+        {"day to day", false, {{"31", 0}, {"32", field}, {"0", field}}},
+        {"day to hour", true, {
+            {"-5 10", 0, " -5 10"},     {"  - 5 10", 0, " -5 10"},  {"5 24", field},
+            {"100 1", prec}}},
+        {"day(3) to hour", true, {{"100 1", 0, " 100 01"}}},
+        {"year to month", true, {{"5-12", field}, {"5-11", 0, "    5-11"}}},
+        {"hour(9) to minute", true, {{"999999999:59", 0, " 999999999:59"}}},
+        {"second to fraction(2)", true, {{"-0.5", 0, " -0.50"}}},
+        {"day to second", true, {
+            {"1 2:3:4", 0, "  1 02:03:04"}, {"1 2:3:4.5", extra}, {"--1 00:00:00", notnum},
+            {"", 0}}}};
+    // clang-format on
+    for (const Group &g : groups) {
+        const int q = qual_of(g.q, g.interval);
+        for (const Read &r : g.reads) {
+            SCOPED_TRACE(std::string(g.q) + " '" + r.text + "'");
+            dec_t out;
+            std::memset(&out, 0x5A, sizeof out);
+            if (g.interval) {
+                intrvl_t inv{static_cast<short>(q), {}};
+                EXPECT_EQ(incvasc(r.text, &inv), r.status);
+                out = inv.value;
+            } else {
+                EXPECT_EQ(rstrdtime(r.text, &out, q), r.status);
+            }
+            if (r.status == 0) {
+                EXPECT_EQ(g.interval ? inv_text(out, q) : dt_text(out, q),
+                          r.want ? r.want : r.text);
+            } else if (!g.interval) {
+                EXPECT_EQ(out.sign, -1) << "a failed read leaves null";
+            }
         }
     }
 }
@@ -199,44 +189,29 @@ TEST(Text, RoundTripsOfEveryQualifier)
 TEST(Text, TwoDigitYearsTakeTheirCentury)
 {
     isolated({{"DBCENTURY", nullptr}}, [] {
-        int today = 0;
-        rtoday(&today);
-        short mdy[3];
-        rjulmdy(today, mdy);
-        int century = mdy[2] / 100 * 100;
+        const int year = this_year(), century = year / 100 * 100;
         dec_t out;
         ASSERT_EQ(rstrdtime("24-01-31", &out, QMR_YEAR_TO_DAY), 0);
         EXPECT_EQ(dt_text(out, QMR_YEAR_TO_DAY), std::to_string(century + 24) + "-01-31");
-        ASSERT_EQ(rstrdtime("7-01-31", &out, QMR_YEAR_TO_DAY), 0);
-        EXPECT_EQ(fields(out, QMR_YEAR_TO_DAY).v[0], century + 7);
+        EXPECT_EQ(year_read("7-01-31"), century + 7);
         // A year alone takes today's month and day for the rule.
-        ASSERT_EQ(rstrdtime("99", &out, qual_of("year to year", false)), 0);
-        EXPECT_EQ(fields(out, qual_of("year to year", false)).v[0], century + 99);
+        EXPECT_EQ(year_read("99", 0, qual_of("year to year", false)), century + 99);
         // P and F choose the past and the future for a year one ahead.
-        int ahead = (mdy[2] + 1) % 100;
         char text[16];
-        std::snprintf(text, sizeof text, "%02d-01-01", ahead);
-        ASSERT_EQ(qmr_rstrdtime(text, &out, QMR_YEAR_TO_DAY, 'P'), 0);
-        EXPECT_EQ(fields(out, QMR_YEAR_TO_DAY).v[0], mdy[2] + 1 - 100);
+        std::snprintf(text, sizeof text, "%02d-01-01", (year + 1) % 100);
+        EXPECT_EQ(year_read(text, 'P'), year + 1 - 100);
         dtime_t dt{QMR_YEAR_TO_DAY, {}};
         ASSERT_EQ(qmr_dtcvasc(text, &dt, 'F'), 0);
-        EXPECT_EQ(fields(dt.value, QMR_YEAR_TO_DAY).v[0], mdy[2] + 1);
-        // The letter lasts for the call only.
+        EXPECT_EQ(fields(dt.value, QMR_YEAR_TO_DAY).v[0], year + 1);
+        // The letter lasts for the call only; a bad one means the setting.
         EXPECT_EQ(qmr::dbcentury, 'R');
-        ASSERT_EQ(qmr_rstrdtime(text, &out, QMR_YEAR_TO_DAY, 'x'), 0);
-        EXPECT_EQ(fields(out, QMR_YEAR_TO_DAY).v[0], mdy[2] + 1);
+        EXPECT_EQ(year_read(text, 'x'), year + 1);
         EXPECT_EQ(rstrdtime("24-13-01", &out, QMR_YEAR_TO_DAY), QMR_E_BADFIELD);
     });
     isolated({{"DBCENTURY", "P"}}, [] {
-        int today = 0;
-        rtoday(&today);
-        short mdy[3];
-        rjulmdy(today, mdy);
         char text[16];
-        std::snprintf(text, sizeof text, "%02d-01-01", (mdy[2] + 1) % 100);
-        dec_t out;
-        ASSERT_EQ(rstrdtime(text, &out, QMR_YEAR_TO_DAY), 0);
-        EXPECT_EQ(fields(out, QMR_YEAR_TO_DAY).v[0], mdy[2] + 1 - 100);
+        std::snprintf(text, sizeof text, "%02d-01-01", (this_year() + 1) % 100);
+        EXPECT_EQ(year_read(text), this_year() + 1 - 100);
     });
 }
 
@@ -258,13 +233,11 @@ TEST(Text, FormatEnvironmentSwitches)
         // Intervals are not affected.
         EXPECT_EQ(rstrinv("1", &out, qual_of("day to day", true)), 0);
     });
-    for (const char *off : {"0", "11", "yes", ""}) {
+    for (const char *off : {"0", "11", "yes", ""})
         isolated({{"USE_DTENV", off}}, [] {
             EXPECT_EQ(get_usedtenv(), 0);
-            dec_t out;
-            EXPECT_EQ(rstrdtime("2024-01-31", &out, QMR_YEAR_TO_DAY), 0);
+            EXPECT_EQ(year_read("2024-01-31"), 2024);
         });
-    }
 }
 
 TEST(Text, OtherConversions)

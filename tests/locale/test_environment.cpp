@@ -1,8 +1,6 @@
-// The locale environment: the built-in locales and their facts without the
-// Unicode library, locales served from its data (German, French, Japanese,
-// Thai), names that cannot be served and their codes, the variables that
-// resolve an environment, environments built lazily and separately per
-// thread, the fast path, out of memory, and what thread end frees.
+// The locale environment: the facts of built-in and Unicode-data locales,
+// names that cannot be served, the variables that resolve an environment,
+// per-thread lazy builds, the fast path, out of memory, and what is freed.
 #include <gtest/gtest.h>
 
 #include <atomic>
@@ -26,67 +24,129 @@ std::string month(void *loc, int m)
     return gl_nl_langinfo(loc, QMR_GLI_MON_1 + m - 1);
 }
 
-TEST(BuiltinLocales, FactsWithoutTheUnicodeLibrary)
+TEST(LocaleFacts, RecordsConventionsAndNames)
 {
-    const long loads = qmr::unicode_data_loads();
-    qmr_glsenv_t *latin1 = loctest::build("en_US.8859-1").env;
-    qmr_glsenv_t *utf8 = loctest::build("en_US.utf8").env;
-    ASSERT_EQ(loctest::build("en_US.8859-1").status, 0);
-    ASSERT_EQ(loctest::build("en_US.utf8").status, 0);
-
-    EXPECT_STREQ(latin1->name, "en_US.8859-1");
-    EXPECT_TRUE(latin1->single_byte);
-    EXPECT_EQ(latin1->max_char_len, 1);
-    EXPECT_EQ(latin1->codeset_number, 819);
-    EXPECT_TRUE(latin1->gregorian);
-    EXPECT_NE(latin1->flags & QMR_GLSFLAG_BUILTIN, 0u);
-    EXPECT_STREQ(utf8->name, "en_US.utf8");
-    EXPECT_FALSE(utf8->single_byte);
-    EXPECT_EQ(utf8->max_char_len, 4);
-    EXPECT_EQ(utf8->codeset_number, 57372);
-    EXPECT_EQ(utf8->ctype, nullptr) << "no byte table for a multibyte code set";
-
-    for (qmr_glsenv_t *env : {latin1, utf8}) {
-        const struct lconv *lc = gl_localeconv(env->locale);
-        ASSERT_NE(lc, nullptr);
-        EXPECT_STREQ(lc->decimal_point, ".");
-        EXPECT_STREQ(lc->thousands_sep, ",");
-        EXPECT_STREQ(lc->currency_symbol, "$");
-        EXPECT_EQ(lc->frac_digits, 2);
-        EXPECT_EQ(lc->p_cs_precedes, 1);
-        EXPECT_EQ(month(env->locale, 1), "January");
-        EXPECT_EQ(month(env->locale, 12), "December");
-        EXPECT_STREQ(gl_nl_langinfo(env->locale, QMR_GLI_ABMON_1 + 8), "Sep");
-        EXPECT_STREQ(gl_nl_langinfo(env->locale, QMR_GLI_DAY_1), "Sunday");
-        EXPECT_STREQ(gl_nl_langinfo(env->locale, QMR_GLI_ABDAY_1 + 6), "Sat");
-        EXPECT_STREQ(gl_nl_langinfo(env->locale, QMR_GLI_ERA), "");
-        EXPECT_STREQ(gl_nl_langinfo(env->locale, QMR_GLI_RADIXCHAR), ".");
-        // The money code's fields are left for it to fill.
-        EXPECT_EQ(env->money.load_state, 0);
-        EXPECT_EQ(env->local_conv.decimal_point[0], '\0');
-        EXPECT_EQ(env->date.fmt, nullptr);
+    // Only locales outside the built-in en_US pair load Unicode data.
+    long loads = qmr::unicode_data_loads();
+    ASSERT_EQ(loctest::build("de_DE.8859-1").status, 0);
+    EXPECT_GT(qmr::unicode_data_loads(), loads);
+    struct Record {
+        const char *name;
+        bool single_byte;
+        int max_len, codeset;
+        bool gregorian, builtin;
+    };
+    const Record records[] = {
+        {"en_US.8859-1", true, 1, 819, true, true},    {"en_US.utf8", false, 4, 57372, true, true},
+        {"de_DE.8859-1", true, 1, 819, true, false},   {"de_DE.utf8", false, 4, 57372, true, false},
+        {"ja_JP.utf8", false, 4, 57372, true, false},  {"ja_JP.sjis", false, 2, 932, true, false},
+        {"th_TH.utf8", false, 4, 57372, false, false}, // the Thai calendar is Buddhist
+    };
+    for (const Record &r : records) {
+        SCOPED_TRACE(r.name);
+        loads = qmr::unicode_data_loads();
+        loctest::Built b = loctest::build(r.name);
+        ASSERT_EQ(b.status, 0);
+        EXPECT_STREQ(b.env->name, r.name);
+        EXPECT_EQ(b.env->single_byte, r.single_byte);
+        EXPECT_EQ(b.env->max_char_len, r.max_len);
+        EXPECT_EQ(b.env->codeset_number, r.codeset);
+        EXPECT_EQ(b.env->gregorian, r.gregorian);
+        EXPECT_EQ((b.env->flags & QMR_GLSFLAG_BUILTIN) != 0, r.builtin);
+        EXPECT_EQ(b.env->ctype == nullptr, !r.single_byte) << "a byte table for single bytes only";
+        // The money and date fields are left for their own code to fill.
+        EXPECT_EQ(b.env->money.load_state, 0);
+        EXPECT_EQ(b.env->local_conv.decimal_point[0], '\0');
+        EXPECT_EQ(b.env->date.fmt, nullptr);
+        if (r.builtin) { // nor do the queries on them (their answers are checked below)
+            char dir[16];
+            gl_localeconv(b.env->locale);
+            gl_nl_langinfo(b.env->locale, QMR_GLI_MON_1);
+            gl_lc_spec2msg_dname(b.env->locale, nullptr, dir, sizeof dir);
+            EXPECT_EQ(qmr::unicode_data_loads(), loads) << "no data or converter was loaded";
+        }
     }
-    EXPECT_STREQ(gl_nl_langinfo(utf8->locale, QMR_GLI_CODESET), "utf8");
-    char dir[16];
-    EXPECT_EQ(gl_lc_spec2msg_dname(latin1->locale, nullptr, dir, sizeof dir), 0);
-    EXPECT_STREQ(dir, "en_us/0333");
-    EXPECT_EQ(gl_lc_spec2msg_dname(utf8->locale, nullptr, dir, sizeof dir), 0);
-    EXPECT_STREQ(dir, "en_us/e01c");
-    EXPECT_EQ(qmr::unicode_data_loads(), loads) << "no locale data or converter was loaded";
+
+    // A null locale in the tables below stands for both built-in locales.
+    const char *de1 = "de_DE.8859-1", *de8 = "de_DE.utf8", *fr8 = "fr_FR.utf8";
+    auto names = [](const char *name) {
+        return name != nullptr ? std::vector<const char *>{name}
+                               : std::vector<const char *>{"en_US.8859-1", "en_US.utf8"};
+    };
+    struct Info {
+        const char *locale;
+        int item;
+        const char *text;
+    };
+    // clang-format off
+    const Info infos[] = {
+        {nullptr, QMR_GLI_MON_1, "January"}, {nullptr, QMR_GLI_MON_1 + 11, "December"},
+        {nullptr, QMR_GLI_ABMON_1 + 8, "Sep"}, {nullptr, QMR_GLI_DAY_1, "Sunday"},
+        {nullptr, QMR_GLI_ABDAY_1 + 6, "Sat"}, {nullptr, QMR_GLI_ERA, ""},
+        {nullptr, QMR_GLI_RADIXCHAR, "."},   {"en_US.utf8", QMR_GLI_CODESET, "utf8"},
+        {de1, QMR_GLI_MON_1, "Januar"},      {de1, QMR_GLI_MON_1 + 2, "M\xE4rz"},
+        {de1, QMR_GLI_DAY_1 + 1, "Montag"},  {de8, QMR_GLI_MON_1 + 2, "M\xC3\xA4rz"},
+        {fr8, QMR_GLI_MON_1, "janvier"},     {fr8, QMR_GLI_MON_1 + 7, "ao\xC3\xBBt"},
+        {"ja_JP.utf8", QMR_GLI_MON_1, "1\xE6\x9C\x88"},
+        {"ja_JP.sjis", QMR_GLI_MON_1, "1\x8C\x8E"}}; // the month name in Shift-JIS
+    // clang-format on
+    for (const Info &i : infos)
+        for (const char *name : names(i.locale))
+            EXPECT_STREQ(gl_nl_langinfo(loctest::handle(name), i.item), i.text) << name;
+
+    using L = lconv;
+    struct Conv {
+        const char *locale;
+        char *L::*field;
+        const char *text;
+    };
+    // No euro sign in 8859-1: its ISO code; 8859-15 has one (A4). French
+    // groups with NARROW NO-BREAK SPACE, or the nearest space 8859-1 has.
+    // clang-format off
+    const Conv convs[] = {
+        {nullptr, &L::decimal_point, "."}, {nullptr, &L::thousands_sep, ","},
+        {nullptr, &L::currency_symbol, "$"}, {de1, &L::decimal_point, ","},
+        {de1, &L::thousands_sep, "."},     {de1, &L::grouping, "\3"},
+        {de1, &L::currency_symbol, "EUR"}, {de1, &L::int_curr_symbol, "EUR "},
+        {de8, &L::currency_symbol, "\xE2\x82\xAC"}, {"de_DE.8859-15", &L::currency_symbol, "\xA4"},
+        {fr8, &L::decimal_point, ","},     {fr8, &L::thousands_sep, "\xE2\x80\xAF"},
+        {"fr_FR.8859-1", &L::thousands_sep, "\xA0"}};
+    // clang-format on
+    for (const Conv &c : convs)
+        for (const char *name : names(c.locale))
+            EXPECT_STREQ(gl_localeconv(loctest::handle(name))->*c.field, c.text) << name;
+    struct Number {
+        const char *locale;
+        char L::*field;
+        int value;
+    };
+    const Number numbers[] = {{nullptr, &L::frac_digits, 2}, {nullptr, &L::p_cs_precedes, 1},
+                              {de1, &L::frac_digits, 2},     {de1, &L::p_cs_precedes, 0},
+                              {de1, &L::p_sep_by_space, 1},  {"ja_JP.utf8", &L::frac_digits, 0}};
+    for (const Number &n : numbers)
+        for (const char *name : names(n.locale))
+            EXPECT_EQ(gl_localeconv(loctest::handle(name))->*n.field, n.value) << name;
+    EXPECT_EQ(gl_mbwidth(loctest::handle("ja_JP.utf8"), "\xE6\x9C\x88", 3), 2);
 }
 
-TEST(BuiltinLocales, MessageDirectoryNames)
+TEST(LocaleFacts, MessageDirectoryNames)
 {
     struct Row {
+        void *loc;
         const char *name;
         const char *dir;
     };
-    const Row rows[] = {{"en_US.8859-1", "en_us/0333"}, {"ja_JP.utf8", "ja_jp/e01c"},
-                        {"de_DE.UTF-8", "de_de/e01c"},  {"fr_FR.819", "fr_fr/0333"},
-                        {"ru_RU.koi8-r", "ru_ru/036e"}, {"ja_JP.sjis", "ja_jp/03a4"}};
+    const Row rows[] = {{loctest::handle("en_US.8859-1"), nullptr, "en_us/0333"},
+                        {loctest::handle("en_US.utf8"), nullptr, "en_us/e01c"},
+                        {nullptr, "en_US.8859-1", "en_us/0333"},
+                        {nullptr, "ja_JP.utf8", "ja_jp/e01c"},
+                        {nullptr, "de_DE.UTF-8", "de_de/e01c"},
+                        {nullptr, "fr_FR.819", "fr_fr/0333"},
+                        {nullptr, "ru_RU.koi8-r", "ru_ru/036e"},
+                        {nullptr, "ja_JP.sjis", "ja_jp/03a4"}};
     char dir[16];
     for (const Row &r : rows) {
-        EXPECT_EQ(gl_lc_spec2msg_dname(nullptr, r.name, dir, sizeof dir), 0) << r.name;
+        EXPECT_EQ(gl_lc_spec2msg_dname(r.loc, r.name, dir, sizeof dir), 0) << r.dir;
         EXPECT_STREQ(dir, r.dir);
     }
     for (const char *bad : {"en_US", "english", "en_US.ebcdic", ""}) {
@@ -99,96 +159,28 @@ TEST(BuiltinLocales, MessageDirectoryNames)
     EXPECT_EQ(_gl_ext_errno, QMR_GLE_NOROOM);
 }
 
-TEST(UnicodeLocales, GermanInLatin1AndUtf8)
-{
-    const long loads = qmr::unicode_data_loads();
-    loctest::Built de1 = loctest::build("de_DE.8859-1");
-    ASSERT_EQ(de1.status, 0);
-    EXPECT_GT(qmr::unicode_data_loads(), loads);
-    void *loc = de1.env->locale;
-    const struct lconv *lc = gl_localeconv(loc);
-    EXPECT_STREQ(lc->decimal_point, ",");
-    EXPECT_STREQ(lc->thousands_sep, ".");
-    EXPECT_STREQ(lc->grouping, "\3");
-    EXPECT_STREQ(lc->currency_symbol, "EUR") << "no euro sign in 8859-1: its ISO code";
-    EXPECT_STREQ(lc->int_curr_symbol, "EUR ");
-    EXPECT_EQ(lc->p_cs_precedes, 0);
-    EXPECT_EQ(lc->p_sep_by_space, 1);
-    EXPECT_EQ(lc->frac_digits, 2);
-    EXPECT_EQ(month(loc, 1), "Januar");
-    EXPECT_EQ(month(loc, 3), "M\xE4rz");
-    EXPECT_STREQ(gl_nl_langinfo(loc, QMR_GLI_DAY_1 + 1), "Montag");
-    EXPECT_TRUE(de1.env->single_byte);
-    EXPECT_FALSE(de1.env->flags & QMR_GLSFLAG_BUILTIN);
-
-    void *de8 = loctest::handle("de_DE.utf8");
-    ASSERT_NE(de8, nullptr);
-    EXPECT_EQ(month(de8, 3), "M\xC3\xA4rz");
-    EXPECT_STREQ(gl_localeconv(de8)->currency_symbol, "\xE2\x82\xAC");
-    void *de15 = loctest::handle("de_DE.8859-15");
-    ASSERT_NE(de15, nullptr);
-    EXPECT_STREQ(gl_localeconv(de15)->currency_symbol, "\xA4") << "the euro sign of 8859-15";
-}
-
-TEST(UnicodeLocales, FrenchJapaneseAndThai)
-{
-    void *fr = loctest::handle("fr_FR.utf8");
-    ASSERT_NE(fr, nullptr);
-    EXPECT_STREQ(gl_localeconv(fr)->decimal_point, ",");
-    EXPECT_STREQ(gl_localeconv(fr)->thousands_sep, "\xE2\x80\xAF") << "NARROW NO-BREAK SPACE";
-    EXPECT_EQ(month(fr, 1), "janvier");
-    EXPECT_EQ(month(fr, 8), "ao\xC3\xBBt");
-    void *fr1 = loctest::handle("fr_FR.8859-1");
-    EXPECT_STREQ(gl_localeconv(fr1)->thousands_sep, "\xA0") << "the nearest space 8859-1 has";
-
-    loctest::Built ja = loctest::build("ja_JP.utf8");
-    ASSERT_EQ(ja.status, 0);
-    EXPECT_FALSE(ja.env->single_byte);
-    EXPECT_EQ(ja.env->max_char_len, 4);
-    EXPECT_EQ(gl_localeconv(ja.env->locale)->frac_digits, 0);
-    EXPECT_EQ(month(ja.env->locale, 1), "1\xE6\x9C\x88");
-    EXPECT_EQ(gl_mbwidth(ja.env->locale, "\xE6\x9C\x88", 3), 2);
-    loctest::Built sjis = loctest::build("ja_JP.sjis");
-    ASSERT_EQ(sjis.status, 0);
-    EXPECT_EQ(sjis.env->max_char_len, 2);
-    EXPECT_EQ(month(sjis.env->locale, 1), "1\x8C\x8E") << "the month name in Shift-JIS";
-
-    loctest::Built th = loctest::build("th_TH.utf8");
-    ASSERT_EQ(th.status, 0);
-    EXPECT_FALSE(th.env->gregorian) << "the Thai calendar is Buddhist";
-    EXPECT_TRUE(loctest::build("de_DE.utf8").env->gregorian);
-}
-
-struct NameRow {
-    const char *name;
-    int status;
-    const char *resolved;
-};
-
-const NameRow name_rows[] = {
-    {"en_US.8859-1", 0, "en_US.8859-1"},
-    {"en_US.UTF-8", 0, "en_US.utf8"},
-    {"en_US.819", 0, "en_US.8859-1"},
-    {"en_US.57372", 0, "en_US.utf8"},
-    {"EN_us.Utf8", 0, "en_US.utf8"},
-    {"en_US.iso8859-1", 0, "en_US.8859-1"},
-    {"zh_CN.utf8", 0, "zh_CN.utf8"},
-    {"xx_YY.8859-1", QMR_E_GLS_CATEGORIES, nullptr},
-    {"en_ZZ.utf8", QMR_E_GLS_CATEGORIES, nullptr},
-    {"ru_RU.8859-1", QMR_E_GLS_CATEGORIES, nullptr}, // Cyrillic names in Latin-1
-    {"en_US.klingon", QMR_E_GLS_CONVERTER, nullptr},
-    {"de_DE.1047", QMR_E_GLS_CONVERTER, nullptr},
-    {"en_US", QMR_E_GLS_ENVVAR, nullptr},
-    {"english", QMR_E_GLS_ENVVAR, nullptr},
-    {"C", QMR_E_GLS_ENVVAR, nullptr},
-    {"e_US.utf8", QMR_E_GLS_ENVVAR, nullptr},
-    {"en_US.utf8@euro", QMR_E_GLS_ENVVAR, nullptr},
-    {"en_US.", QMR_E_GLS_ENVVAR, nullptr},
-};
-
 TEST(LocaleNames, EachNameGivesItsCodeAndNothingFallsBack)
 {
-    for (const NameRow &r : name_rows) {
+    struct Row {
+        const char *name;
+        int status;
+        const char *resolved;
+    };
+    constexpr int cat = QMR_E_GLS_CATEGORIES, conv = QMR_E_GLS_CONVERTER, var = QMR_E_GLS_ENVVAR;
+    // No Cyrillic names in Latin-1; no modifiers, no plain language names.
+    // clang-format off
+    const Row rows[] = {
+        {"en_US.8859-1", 0, "en_US.8859-1"},   {"en_US.UTF-8", 0, "en_US.utf8"},
+        {"en_US.819", 0, "en_US.8859-1"},      {"en_US.57372", 0, "en_US.utf8"},
+        {"EN_us.Utf8", 0, "en_US.utf8"},       {"en_US.iso8859-1", 0, "en_US.8859-1"},
+        {"zh_CN.utf8", 0, "zh_CN.utf8"},       {"xx_YY.8859-1", cat, nullptr},
+        {"en_ZZ.utf8", cat, nullptr},          {"ru_RU.8859-1", cat, nullptr},
+        {"en_US.klingon", conv, nullptr},      {"de_DE.1047", conv, nullptr},
+        {"en_US", var, nullptr},               {"english", var, nullptr},
+        {"C", var, nullptr},                   {"e_US.utf8", var, nullptr},
+        {"en_US.utf8@euro", var, nullptr},     {"en_US.", var, nullptr}};
+    // clang-format on
+    for (const Row &r : rows) {
         SCOPED_TRACE(r.name);
         int status = 1, glserror = 1, rebuilt = 1;
         qmr_glsenv_t *env = nullptr;
@@ -216,126 +208,74 @@ TEST(LocaleNames, EachNameGivesItsCodeAndNothingFallsBack)
     EXPECT_EQ(status, QMR_E_GLS_ENVVAR);
 }
 
-// Builds an environment from the variables on a new thread: its status and,
-// when built, its client name and decimal point.
-struct FromVars {
-    int status = 1;
-    std::string name, point, month1, db, server;
-};
-FromVars build_from_variables()
-{
-    FromVars out;
-    std::thread([&out] {
-        qmr_glsenv_t *env = qmr_glsenv_create(nullptr, nullptr);
-        SetGlsEnv(env);
-        out.status = chkglsinit();
-        if (out.status == 0) {
-            out.name = env->name;
-            out.db = env->db_name;
-            out.server = env->server_name;
-            out.point = gl_localeconv(env->locale)->decimal_point;
-            out.month1 = month(env->locale, 1);
-        }
-        qmr_glsenv_free(env);
-    }).join();
-    return out;
-}
-
-// Sets variables for one scope and empties them after (an empty variable
-// counts as unset), so that what the host's environment holds stays hidden.
-class Vars
-{
-  public:
-    Vars(std::initializer_list<std::pair<const char *, const char *>> vars) : vars_(vars)
-    {
-        for (const char *name : {"LC_ALL", "LC_CTYPE", "LC_COLLATE", "LC_NUMERIC", "LC_MONETARY",
-                                 "LC_TIME", "LC_MESSAGES", "DBNLS", "DB_LOCALE", "SERVER_LOCALE"})
-            gputenv(name, "");
-        for (auto &[name, value] : vars_)
-            gputenv(name, value);
-    }
-    ~Vars()
-    {
-        for (auto &[name, value] : vars_)
-            gputenv(name, "");
-    }
-
-  private:
-    std::vector<std::pair<const char *, const char *>> vars_;
-};
-
 TEST(Variables, ClientDatabaseServerAndCategories)
 {
-    {
-        Vars v{{"CLIENT_LOCALE", "de_DE.utf8"}, {"DB_LOCALE", "fr_FR.8859-1"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.name, "de_DE.utf8");
-        EXPECT_EQ(r.db, "fr_FR.8859-1");
-        EXPECT_EQ(r.server, "en_US.8859-1");
-        EXPECT_EQ(r.point, ",");
+    struct Row {
+        const char *client;
+        std::vector<std::pair<const char *, const char *>> vars;
+        int status;
+        // What the built environment shows; null: not looked at.
+        const char *point = nullptr, *month1 = nullptr, *name = nullptr, *db = nullptr,
+                   *server = nullptr;
+    };
+    const char *en = "en_US.8859-1", *de = "de_DE.8859-1", *nls = "DBNLS", *num = "LC_NUMERIC";
+    // Empty means the default; the database locale follows the client's. The
+    // category variables count only under DBNLS; LC_ALL=C leaves every category
+    // to the client locale, and so do the C library's defaults. A category
+    // cannot bring another code set.
+    // clang-format off
+    const Row rows[] = {
+        {"de_DE.utf8", {{"DB_LOCALE", "fr_FR.8859-1"}}, 0, ",", nullptr, "de_DE.utf8",
+         "fr_FR.8859-1", en},
+        {"", {{"SERVER_LOCALE", "ja_JP.UTF-8"}}, 0, nullptr, nullptr, en, en, "ja_JP.utf8"},
+        {en, {{"DB_LOCALE", "en_US.ebcdic"}}, QMR_E_GLS_CONVERTER},
+        {en, {{"SERVER_LOCALE", "bad"}}, QMR_E_GLS_ENVVAR},
+        {en, {{num, de}}, 0, "."},
+        {en, {{nls, "1"}, {"LC_ALL", "C"}, {num, de}}, 0, "."},
+        {de, {{nls, "2"}, {num, "POSIX"}}, 0, ","},
+        {de, {{nls, "2"}, {num, "C.UTF-8"}}, 0, ","},
+        {de, {{nls, "2"}, {num, "C.utf8"}}, 0, ","},
+        {en, {{nls, "1"}, {num, de}, {"LC_TIME", "fr_FR.8859-1"}}, 0, ",", "janvier", en},
+        {en, {{nls, "1"}, {"LC_TIME", "de_DE.utf8"}}, QMR_E_GLS_CATEGORIES},
+        {en, {{nls, "1"}, {"LC_ALL", de}}, 0, ",", "Januar"}};
+    // clang-format on
+    const char *all[] = {"CLIENT_LOCALE", "LC_ALL",    "LC_CTYPE",     "LC_COLLATE",
+                         "LC_NUMERIC",    "LC_TIME",   "LC_MONETARY",  "LC_MESSAGES",
+                         "DBNLS",         "DB_LOCALE", "SERVER_LOCALE"};
+    for (const Row &r : rows) {
+        // An empty variable counts as unset: what the host's environment
+        // holds stays hidden.
+        for (const char *name : all)
+            gputenv(name, "");
+        gputenv("CLIENT_LOCALE", r.client);
+        std::string trace = std::string("CLIENT_LOCALE=") + r.client;
+        for (auto &[name, value] : r.vars) {
+            gputenv(name, value);
+            trace += std::string(" ") + name + '=' + value;
+        }
+        std::thread([&r, &trace] {
+            SCOPED_TRACE(trace); // traces are per thread
+            qmr_glsenv_t *env = qmr_glsenv_create(nullptr, nullptr);
+            SetGlsEnv(env);
+            const int status = chkglsinit();
+            EXPECT_EQ(status, r.status);
+            auto check = [](const char *want, const std::string &got) {
+                if (want != nullptr) {
+                    EXPECT_EQ(got, want);
+                }
+            };
+            if (status == 0) {
+                check(r.point, gl_localeconv(env->locale)->decimal_point);
+                check(r.month1, month(env->locale, 1));
+                check(r.name, env->name);
+                check(r.db, env->db_name);
+                check(r.server, env->server_name);
+            }
+            qmr_glsenv_free(env);
+        }).join();
     }
-    {
-        Vars v{{"CLIENT_LOCALE", ""}, {"SERVER_LOCALE", "ja_JP.UTF-8"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.name, "en_US.8859-1") << "empty means the default";
-        EXPECT_EQ(r.db, "en_US.8859-1") << "the database locale follows the client's";
-        EXPECT_EQ(r.server, "ja_JP.utf8");
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"}, {"DB_LOCALE", "en_US.ebcdic"}};
-        EXPECT_EQ(build_from_variables().status, QMR_E_GLS_CONVERTER);
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"}, {"SERVER_LOCALE", "bad"}};
-        EXPECT_EQ(build_from_variables().status, QMR_E_GLS_ENVVAR);
-    }
-    // The category variables count only under DBNLS.
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"}, {"LC_NUMERIC", "de_DE.8859-1"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.point, ".") << "without DBNLS the host's LC_ variables are not read";
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"},
-               {"DBNLS", "1"},
-               {"LC_ALL", "C"},
-               {"LC_NUMERIC", "de_DE.8859-1"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.point, ".") << "LC_ALL=C leaves every category to the client locale";
-    }
-    for (const char *c_locale : {"POSIX", "C.UTF-8", "C.utf8"}) {
-        Vars v{{"CLIENT_LOCALE", "de_DE.8859-1"}, {"DBNLS", "2"}, {"LC_NUMERIC", c_locale}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0) << c_locale;
-        EXPECT_EQ(r.point, ",") << c_locale << " is the C library's default, not a locale";
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"},
-               {"DBNLS", "1"},
-               {"LC_NUMERIC", "de_DE.8859-1"},
-               {"LC_TIME", "fr_FR.8859-1"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.name, "en_US.8859-1");
-        EXPECT_EQ(r.point, ",");
-        EXPECT_EQ(r.month1, "janvier");
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"}, {"DBNLS", "1"}, {"LC_TIME", "de_DE.utf8"}};
-        EXPECT_EQ(build_from_variables().status, QMR_E_GLS_CATEGORIES)
-            << "a category cannot bring another code set";
-    }
-    {
-        Vars v{{"CLIENT_LOCALE", "en_US.8859-1"}, {"DBNLS", "1"}, {"LC_ALL", "de_DE.8859-1"}};
-        FromVars r = build_from_variables();
-        ASSERT_EQ(r.status, 0);
-        EXPECT_EQ(r.point, ",");
-        EXPECT_EQ(r.month1, "Januar");
-    }
+    for (const char *name : all)
+        gputenv(name, "");
 }
 
 TEST(PerThread, EnvironmentsAreBuiltLazilyAndSeparately)

@@ -1,8 +1,7 @@
-// Multibyte characters: UTF-8 decoding against the Unicode library's decoder
-// over every short sequence and every scalar value, stepping both ways over 1-
-// to 4-byte characters, invalid and cut-short input under every operation
-// (with exact-size buffers, so that a read past the end is caught), copying,
-// searching, widths, and the same steps in a double-byte code set.
+// Multibyte characters: UTF-8 decoding against the Unicode library over every
+// short sequence and scalar value, stepping both ways, invalid and cut-short
+// input under every operation (in exact-size buffers), copying, searching,
+// widths, and the same steps in a double-byte code set.
 #include <gtest/gtest.h>
 
 #include <cstring>
@@ -147,6 +146,10 @@ TEST(Utf8Stepping, ForwardBackwardCountAndOffsets)
     const char *empty = "";
     EXPECT_EQ(gl_full_mblen(loc, empty, 5), 0);
     EXPECT_EQ(gl_full_mblen(loc, mixed, 0), 0);
+    EXPECT_EQ(gl_full_mblen(loc, mixed, -5), 0);
+    _gl_ext_errno = 0;
+    EXPECT_EQ(gl_full_mbsprev(loc, mixed, mixed + 2), nullptr) << "from inside a character";
+    EXPECT_EQ(_gl_ext_errno, QMR_GLE_TRUNC) << "the bytes before it are a cut-short character";
     EXPECT_EQ(gl_full_mbsnext(loc, empty, 5), empty) << "no step at the end";
     EXPECT_EQ(gl_full_mbsprev(loc, empty, empty), nullptr);
     EXPECT_EQ(gl_mbsntslen(loc, empty, -1), 0);
@@ -166,23 +169,19 @@ struct BadCase {
     int errno_value;
 };
 
+constexpr int kBad = QMR_GLE_BADSEQ, kCut = QMR_GLE_TRUNC;
+// clang-format off
 const std::vector<BadCase> bad_cases = {
-    {"stray continuation", {0x80}, QMR_GLE_BADSEQ},
-    {"C0 overlong lead", {0xC0, 0x80}, QMR_GLE_BADSEQ},
-    {"C1 overlong lead", {0xC1, 0xBF}, QMR_GLE_BADSEQ},
-    {"3-byte overlong", {0xE0, 0x80, 0x80}, QMR_GLE_BADSEQ},
-    {"4-byte overlong", {0xF0, 0x8F, 0xBF, 0xBF}, QMR_GLE_BADSEQ},
-    {"high surrogate", {0xED, 0xA0, 0x80}, QMR_GLE_BADSEQ},
-    {"low surrogate", {0xED, 0xBF, 0xBF}, QMR_GLE_BADSEQ},
-    {"above U+10FFFF", {0xF4, 0x90, 0x80, 0x80}, QMR_GLE_BADSEQ},
-    {"F5 lead", {0xF5, 0x80, 0x80, 0x80}, QMR_GLE_BADSEQ},
-    {"FF", {0xFF}, QMR_GLE_BADSEQ},
-    {"lead then ASCII", {0xE2, 0x41, 0x41}, QMR_GLE_BADSEQ},
-    {"2 of 3 bytes", {0xE2, 0x82}, QMR_GLE_TRUNC},
-    {"3 of 4 bytes", {0xF0, 0x9F, 0x98}, QMR_GLE_TRUNC},
-    {"lead alone", {0xC3}, QMR_GLE_TRUNC},
-    {"NUL inside", {0xE2, 0x82, 0x00}, QMR_GLE_TRUNC},
-};
+    {"stray continuation", {0x80}, kBad},          {"C0 overlong lead", {0xC0, 0x80}, kBad},
+    {"C1 overlong lead", {0xC1, 0xBF}, kBad},      {"3-byte overlong", {0xE0, 0x80, 0x80}, kBad},
+    {"4-byte overlong", {0xF0, 0x8F, 0xBF, 0xBF}, kBad},
+    {"high surrogate", {0xED, 0xA0, 0x80}, kBad},  {"low surrogate", {0xED, 0xBF, 0xBF}, kBad},
+    {"above U+10FFFF", {0xF4, 0x90, 0x80, 0x80}, kBad},
+    {"F5 lead", {0xF5, 0x80, 0x80, 0x80}, kBad},   {"FF", {0xFF}, kBad},
+    {"lead then ASCII", {0xE2, 0x41, 0x41}, kBad}, {"2 of 3 bytes", {0xE2, 0x82}, kCut},
+    {"3 of 4 bytes", {0xF0, 0x9F, 0x98}, kCut},    {"lead alone", {0xC3}, kCut},
+    {"1 of 3 bytes", {0xE2}, kCut},                {"NUL inside", {0xE2, 0x82, 0x00}, kCut}};
+// clang-format on
 
 // Every operation on a buffer that holds exactly the bad bytes and is given
 // its exact length (operations on NUL-terminated text get the bytes at the
@@ -196,43 +195,32 @@ TEST(Utf8Stepping, InvalidAndCutShortSequencesFailEverywhere)
         std::unique_ptr<char[]> raw(new char[c.bytes.size()]);
         std::memcpy(raw.get(), c.bytes.data(), c.bytes.size());
         std::string text = "ok" + std::string(c.bytes.begin(), c.bytes.end());
-        auto expect_errno = [&](const char *op) {
+        // The result, then the error number the operation left.
+        auto check = [&c](const char *op, auto got, auto want) {
+            EXPECT_EQ(got, want) << op;
             EXPECT_EQ(_gl_ext_errno, c.errno_value) << op;
             _gl_ext_errno = 0;
         };
+        const char *none = nullptr;
         _gl_ext_errno = 0;
-        EXPECT_EQ(gl_full_mblen(loc, raw.get(), n), -1);
-        expect_errno("mblen");
-        EXPECT_EQ(gl_full_mbsnext(loc, raw.get(), n), nullptr);
-        expect_errno("mbsnext");
-        EXPECT_EQ(gl_mbwidth(loc, raw.get(), n), -1);
-        expect_errno("mbwidth");
-        EXPECT_EQ(_gl_im_ismctype(loc, raw.get(), n, 3), 0);
-        expect_errno("ismctype");
-        EXPECT_EQ(gl_mbtowc(loc, nullptr, raw.get(), n), -1);
-        expect_errno("mbtowc");
-        EXPECT_EQ(gl_mbsntslen(loc, raw.get(), n), -1);
-        expect_errno("mbsntslen");
-        EXPECT_EQ(gl_full_charoffset(loc, raw.get(), n, 2), -1);
-        expect_errno("charoffset");
+        check("mblen", gl_full_mblen(loc, raw.get(), n), -1);
+        check("mbsnext", gl_full_mbsnext(loc, raw.get(), n), none);
+        check("mbwidth", gl_mbwidth(loc, raw.get(), n), -1);
+        check("ismctype", _gl_im_ismctype(loc, raw.get(), n, 3), 0);
+        check("mbtowc", gl_mbtowc(loc, nullptr, raw.get(), n), -1);
+        check("mbsntslen", gl_mbsntslen(loc, raw.get(), n), -1);
+        check("charoffset", gl_full_charoffset(loc, raw.get(), n, 2), -1);
         // The NUL of `text` stands where the "NUL inside" case has its own.
-        const bool nul_case = c.bytes.back() == 0;
-        if (!nul_case) {
-            EXPECT_EQ(gl_mbstowcs(loc, nullptr, text.c_str(), 10), -1);
-            expect_errno("mbstowcs");
-            char dst[16];
-            EXPECT_EQ(gl_mbsncpy(loc, dst, text.c_str(), 10), nullptr);
+        if (c.bytes.back() != 0) {
+            char dst[16], cat[16] = "x", lower[16];
+            check("mbstowcs", gl_mbstowcs(loc, nullptr, text.c_str(), 10), -1);
+            check("mbsncpy", gl_mbsncpy(loc, dst, text.c_str(), 10), static_cast<char *>(nullptr));
             EXPECT_STREQ(dst, "ok") << "the characters before it are copied";
-            expect_errno("mbsncpy");
-            char cat[16] = "x";
-            EXPECT_EQ(gl_full_mbscat(loc, cat, text.c_str(), sizeof cat), nullptr);
+            check("mbscat", gl_full_mbscat(loc, cat, text.c_str(), sizeof cat),
+                  static_cast<char *>(nullptr));
             EXPECT_STREQ(cat, "xok");
-            expect_errno("mbscat");
-            EXPECT_EQ(gl_full_mbschr(loc, text.c_str(), "z"), nullptr);
-            expect_errno("mbschr");
-            char lower[16];
-            EXPECT_EQ(_gl_im_tomlower(loc, lower, sizeof lower, text.c_str(), -1), -1);
-            expect_errno("tomlower");
+            check("mbschr", gl_full_mbschr(loc, text.c_str(), "z"), none);
+            check("tomlower", _gl_im_tomlower(loc, lower, sizeof lower, text.c_str(), -1), -1);
         }
         // Stepping back onto the bad bytes, when the string ends inside them.
         if (c.bytes.back() >= 0x80) {
@@ -241,24 +229,6 @@ TEST(Utf8Stepping, InvalidAndCutShortSequencesFailEverywhere)
             _gl_ext_errno = 0;
         }
     }
-}
-
-TEST(Utf8Stepping, LengthBoundsAreNeverPassed)
-{
-    void *loc = utf8();
-    // A valid 3-byte character given fewer bytes than it has.
-    const char euro[] = "\xE2\x82\xAC";
-    for (int n = 1; n < 3; ++n) {
-        _gl_ext_errno = 0;
-        EXPECT_EQ(gl_full_mblen(loc, euro, n), -1);
-        EXPECT_EQ(_gl_ext_errno, QMR_GLE_TRUNC);
-    }
-    EXPECT_EQ(gl_full_mblen(loc, euro, 3), 3);
-    EXPECT_EQ(gl_full_mblen(loc, euro, -5), 0);
-    // Stepping back from inside a character.
-    _gl_ext_errno = 0;
-    EXPECT_EQ(gl_full_mbsprev(loc, mixed, mixed + 2), nullptr);
-    EXPECT_EQ(_gl_ext_errno, QMR_GLE_TRUNC) << "the bytes before it are a cut-short character";
 }
 
 TEST(Copying, WholeCharactersOnlyAndTheRoomIsKept)
@@ -310,29 +280,24 @@ TEST(Searching, FindAndCompareByCharacter)
 
 TEST(Width, ColumnsOfNarrowWideAndZeroWidthCharacters)
 {
-    void *ja = loctest::handle("ja_JP.utf8");
+    void *ja = loctest::handle("ja_JP.utf8"), *l1 = loctest::handle("en_US.8859-1");
     ASSERT_NE(ja, nullptr);
     struct Row {
+        void *loc;
         const char *text;
         int width;
     };
+    // U+65E5 a CJK ideograph (also in Shift-JIS), U+FF21 full-width A, U+FF71
+    // half-width katakana, U+0301 a combining acute accent, U+1F600 an emoji.
+    // clang-format off
     const Row rows[] = {
-        {"a", 1},
-        {"\xE6\x97\xA5", 2},     // U+65E5, a CJK ideograph
-        {"\xEF\xBC\xA1", 2},     // U+FF21, full-width A
-        {"\xEF\xBD\xB1", 1},     // U+FF71, half-width katakana
-        {"\xCC\x81", 0},         // U+0301, a combining acute accent
-        {"\x07", 0},             // a control
-        {"\xF0\x9F\x98\x80", 2}, // U+1F600, an emoji
-        {"\xC3\xA9", 1},
-    };
+        {ja, "a", 1}, {ja, "\xE6\x97\xA5", 2}, {ja, "\xEF\xBC\xA1", 2}, {ja, "\xEF\xBD\xB1", 1},
+        {ja, "\xCC\x81", 0},  {ja, "\x07", 0}, {ja, "\xF0\x9F\x98\x80", 2}, {ja, "\xC3\xA9", 1},
+        {l1, "\xE9", 1},      {l1, "\x85", 0}, {loctest::handle("ja_JP.sjis"), "\x93\xFA", 2}};
+    // clang-format on
     for (const Row &r : rows)
-        EXPECT_EQ(gl_mbwidth(ja, r.text, static_cast<int>(std::strlen(r.text))), r.width) << r.text;
-    void *latin1 = loctest::handle("en_US.8859-1");
-    EXPECT_EQ(gl_mbwidth(latin1, "\xE9", 1), 1);
-    EXPECT_EQ(gl_mbwidth(latin1, "\x85", 1), 0);
-    void *sjis = loctest::handle("ja_JP.sjis");
-    EXPECT_EQ(gl_mbwidth(sjis, "\x93\xFA", 2), 2) << "U+65E5 in Shift-JIS";
+        EXPECT_EQ(gl_mbwidth(r.loc, r.text, static_cast<int>(std::strlen(r.text))), r.width)
+            << r.text;
 }
 
 // Shift-JIS: trailing bytes can look like ASCII, so stepping back rescans.
@@ -341,8 +306,7 @@ TEST(DoubleByteCodeSet, StepsOverShiftJisText)
     void *loc = loctest::handle("ja_JP.sjis");
     ASSERT_NE(loc, nullptr);
     // U+65E5 U+672C U+8A9E then "a\": the second byte of U+672C is '{'.
-    const char text[] = "\x93\xFA\x96\x7B\x8C\xEA"
-                        "a\\";
+    const char text[] = "\x93\xFA\x96\x7B\x8C\xEA\x61\\";
     const int n = static_cast<int>(std::strlen(text));
     EXPECT_EQ(gl_mbsntslen(loc, text, -1), 5);
     EXPECT_EQ(gl_full_mblen(loc, text + 2, n - 2), 2);
@@ -352,9 +316,7 @@ TEST(DoubleByteCodeSet, StepsOverShiftJisText)
     EXPECT_EQ(gl_full_mbschr(loc, text, "{"), nullptr) << "a trailing byte is no character";
     wchar_t wide[8];
     ASSERT_EQ(gl_mbstowcs(loc, wide, text, 8), 5);
-    EXPECT_EQ(wide[0], 0x65E5);
-    EXPECT_EQ(wide[1], 0x672C);
-    EXPECT_EQ(wide[2], 0x8A9E);
+    EXPECT_EQ(std::vector<wchar_t>(wide, wide + 3), (std::vector<wchar_t>{0x65E5, 0x672C, 0x8A9E}));
     char back[4];
     EXPECT_EQ(gl_wctomb(loc, back, 0x672C), 2);
     EXPECT_EQ(std::memcmp(back, "\x96\x7B", 2), 0);
