@@ -6,6 +6,7 @@
 #include <cstring>
 
 #include "numeric/bigint.hpp"
+#include "numeric/decimal_pairs.hpp"
 #include "numeric/money.hpp"
 #include "numeric/text_scan.hpp"
 
@@ -204,21 +205,17 @@ namespace qmr
 
 int u64_to_decimal(std::uint64_t m, char *out) noexcept
 {
-    static constexpr char pairs[] = "00010203040506070809101112131415161718192021222324"
-                                    "25262728293031323334353637383940414243444546474849"
-                                    "50515253545556575859606162636465666768697071727374"
-                                    "75767778798081828384858687888990919293949596979899";
     char tmp[20];
     int i = 20;
     while (m >= 100) {
         const auto r = static_cast<unsigned>(m % 100);
         m /= 100;
-        tmp[--i] = pairs[2 * r + 1];
-        tmp[--i] = pairs[2 * r];
+        tmp[--i] = qmr::pair_text[2 * r + 1];
+        tmp[--i] = qmr::pair_text[2 * r];
     }
     if (m >= 10) {
-        tmp[--i] = pairs[2 * m + 1];
-        tmp[--i] = pairs[2 * m];
+        tmp[--i] = qmr::pair_text[2 * m + 1];
+        tmp[--i] = qmr::pair_text[2 * m];
     } else {
         tmp[--i] = static_cast<char>('0' + m);
     }

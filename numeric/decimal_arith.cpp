@@ -4,6 +4,7 @@
 // The digit runs are worked on eight digits to a machine word (see
 // decimal_words.hpp); every result is the one the plain digit-by-digit loops
 // give, down to the digit bytes past ndigits, which are left as they were.
+#include "numeric/decimal_special.hpp"
 #include "numeric/decimal_words.hpp"
 #include "qmr/decimal.h"
 
@@ -13,25 +14,14 @@
 namespace
 {
 
+using qmr::set_dec_null;
+using qmr::set_dec_zero;
+
 using namespace qmr::decwords;
 
 constexpr int min_exponent = -64;
 constexpr int max_exponent = 63;
 constexpr int max_digits = QMR_DECSIZE;
-
-void set_null(dec_t *d)
-{
-    d->exponent = 0;
-    d->sign = -1;
-    d->ndigits = 0;
-}
-
-void set_zero(dec_t *d)
-{
-    d->exponent = min_exponent;
-    d->sign = 1;
-    d->ndigits = 0;
-}
 
 bool is_null(const dec_t *d)
 {
@@ -134,7 +124,7 @@ bool increment(u128 &run)
     while (i < count && w[i] == 0)
         ++i;
     if (i == count) {
-        set_zero(d);
+        set_dec_zero(d);
         return 0;
     }
     const int off = std::countl_zero(w[i]) / 8;
@@ -151,7 +141,7 @@ bool increment(u128 &run)
 [[gnu::always_inline]] inline int store_word(dec_t *d, int sign, int exponent, u64 w)
 {
     if (w == 0) {
-        set_zero(d);
+        set_dec_zero(d);
         return 0;
     }
     const int off = std::countl_zero(w) / 8;
@@ -178,7 +168,7 @@ bool increment(u128 &run)
     }
     if (last != 0)
         return store_rounded(d, sign, exponent - 17, static_cast<u128>(last) << 120, 0);
-    set_zero(d);
+    set_dec_zero(d);
     return 0;
 }
 
@@ -272,7 +262,7 @@ int add_words(const dec_t *l, u64 big, u64 small, bool subtract, int sign, dec_t
 int decload(dec_t *result, int sign, int exponent, const char *bytes, int count) noexcept
 {
     if (sign == -1) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     // leading zero bytes lower the exponent; trailing ones need no scan, as
@@ -283,7 +273,7 @@ int decload(dec_t *result, int sign, int exponent, const char *bytes, int count)
     while (first < count && bytes[first] == 0)
         ++first;
     if (first == count) {
-        set_zero(result);
+        set_dec_zero(result);
         return 0;
     }
     if (count - first > max_digits) {
@@ -300,7 +290,7 @@ int decload(dec_t *result, int sign, int exponent, const char *bytes, int count)
 int decadd(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 {
     if (is_null(a) || is_null(b)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     return add_signed(a, b, b->sign, result);
@@ -309,7 +299,7 @@ int decadd(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 int decsub(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 {
     if (is_null(a) || is_null(b)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     return add_signed(a, b, b->sign == 1 ? 0 : 1, result);
@@ -385,7 +375,7 @@ void multiply_runs(const dec_t *x, const dec_t *y, u64 *w)
 int decmul(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 {
     if (is_null(a) || is_null(b)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     const int sign = a->sign == b->sign ? 1 : 0;
@@ -536,11 +526,11 @@ void divide_exact(u128 x, u128 y, u64 *w)
 int decdiv(const dec_t *a, const dec_t *b, dec_t *result) noexcept
 {
     if (is_null(a) || is_null(b)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     if (b->ndigits == 0) {
-        set_zero(result);
+        set_dec_zero(result);
         return QMR_E_DIVZERO;
     }
     const int sign = a->sign == b->sign ? 1 : 0;
@@ -566,7 +556,7 @@ void dectrunc(dec_t *d, int s) noexcept
     if (keep > d->ndigits || (keep == d->ndigits && !odd))
         return;
     if (keep <= 0) {
-        set_zero(d);
+        set_dec_zero(d);
         return;
     }
     if (odd)
@@ -575,7 +565,7 @@ void dectrunc(dec_t *d, int s) noexcept
     while (n > 0 && d->digits[n - 1] == 0)
         --n;
     if (n == 0) {
-        set_zero(d);
+        set_dec_zero(d);
         return;
     }
     d->ndigits = static_cast<short>(n);
@@ -646,11 +636,11 @@ int dec_is_zero(const dec_t *d) noexcept
 int decsqrt(const dec_t *x, dec_t *result) noexcept
 {
     if (is_null(x)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     if (x->sign == 0) {
-        set_zero(result);
+        set_dec_zero(result);
         return 0;
     }
     const dec_t value = *x;

@@ -4,6 +4,7 @@
 #include "qmr/decimal.h"
 
 #include "numeric/decimal_pairs.hpp"
+#include "numeric/decimal_special.hpp"
 
 #include <charconv>
 #include <cmath>
@@ -13,24 +14,13 @@
 namespace
 {
 
+using qmr::set_dec_null;
+using qmr::set_dec_zero;
+
 constexpr long long_null = -2147483647L - 1;
 constexpr long long_limit = 2147483647L;
 constexpr int int_null = -32768;
 constexpr int int_limit = 32767;
-
-void set_null(dec_t *d)
-{
-    d->exponent = 0;
-    d->sign = -1;
-    d->ndigits = 0;
-}
-
-void set_zero(dec_t *d)
-{
-    d->exponent = -64;
-    d->sign = 1;
-    d->ndigits = 0;
-}
 
 // The held digit count, kept inside the record for malformed input.
 int held_digits(const dec_t *d)
@@ -141,13 +131,13 @@ int load_integer(long long value, dec_t *result)
 int deccvdbl(double value, dec_t *result) noexcept
 {
     if (is_float_null(value)) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     if (!std::isfinite(value))
         return QMR_E_BADFLOAT;
     if (value == 0) {
-        set_zero(result);
+        set_dec_zero(result);
         return 0;
     }
     // shortest round-trip form "-d.ddde-XX": at most 17 digits
@@ -174,7 +164,7 @@ int deccvdbl(double value, dec_t *result) noexcept
     if (status == QMR_E_DECOVERFLOW)
         return status;
     if (status == QMR_E_DECUNDERFLOW)
-        set_zero(result);
+        set_dec_zero(result);
     else
         *result = loaded;
     return status;
@@ -206,7 +196,7 @@ int dectodbl(const dec_t *d, double *result) noexcept
 int deccvlong(long value, dec_t *result) noexcept
 {
     if (value == long_null) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     return load_integer(value, result);
@@ -228,7 +218,7 @@ int dectolong(const dec_t *d, long *result) noexcept
 int deccvint(int value, dec_t *result) noexcept
 {
     if (value == int_null) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     return load_integer(value, result);

@@ -5,6 +5,8 @@
 
 #include <cstring>
 
+#include "numeric/decimal_pairs.hpp"
+#include "numeric/decimal_special.hpp"
 #include "numeric/money.hpp"
 #include "numeric/text_scan.hpp"
 #include "platform/alloc.hpp"
@@ -17,6 +19,9 @@
 namespace
 {
 
+using qmr::set_dec_null;
+using qmr::set_dec_zero;
+
 // Texts longer than this are copied to the heap; shorter ones are read in place.
 constexpr int stack_copy_max = 39;
 // Significant decimal digits kept by the reader; later ones are dropped.
@@ -25,20 +30,6 @@ constexpr int max_kept = 32;
 // magnitudes a dec_t holds.
 constexpr long min_point = -130;
 constexpr long max_point = 126;
-
-void set_zero(dec_t *d)
-{
-    d->sign = 1;
-    d->exponent = -64;
-    d->ndigits = 0;
-}
-
-void set_null(dec_t *d)
-{
-    d->sign = -1;
-    d->exponent = 0;
-    d->ndigits = 0;
-}
 
 using qmr::starts_with;
 
@@ -314,7 +305,7 @@ int pack(Scan &s, dec_t *result)
     while (n > 0 && result->digits[n - 1] == 0)
         --n;
     if (n == 0) {
-        set_zero(result);
+        set_dec_zero(result);
         return 0;
     }
     // floor((E + 1) / 2): the power of 100 of the first pair
@@ -466,7 +457,7 @@ int read_number(const char *text, int len, bool nul_follows, bool net, dec_t *re
     while (p < end && *p == ' ')
         ++p;
     if (p == end) {
-        set_null(result);
+        set_dec_null(result);
         return 0;
     }
     Conventions c;
@@ -510,21 +501,21 @@ __attribute__((noinline)) int read_general(const char *text, int len, bool net, 
     if (len > stack_copy_max) {
         text = copy.make(text, len);
         if (text == nullptr) {
-            set_zero(result);
+            set_dec_zero(result);
             return QMR_E_NOMEM;
         }
         nul_follows = true;
     }
     const int status = read_number(text, len, nul_follows, net, result);
     if (status != 0)
-        set_zero(result);
+        set_dec_zero(result);
     return status;
 }
 
 int text_to_dec(const char *text, int len, bool net, dec_t *result)
 {
     if (text == nullptr) {
-        set_zero(result);
+        set_dec_zero(result);
         return QMR_E_NOTNUMBER;
     }
     // a NUL within len ends the text
@@ -554,11 +545,6 @@ struct Digits {
     char at(long i) const { return i >= 0 && i < n ? d[i] : '0'; }
 };
 
-constexpr char digit_pairs[] = "00010203040506070809101112131415161718192021222324"
-                               "25262728293031323334353637383940414243444546474849"
-                               "50515253545556575859606162636465666768697071727374"
-                               "75767778798081828384858687888990919293949596979899";
-
 // The base-100 digit at i, read modulo 100 as a pair of decimal digits.
 unsigned pair_at(const dec_t *d, int i)
 {
@@ -584,11 +570,11 @@ void value_digits(const dec_t *d, Digits *out)
     // the first pair shows one digit when below 10
     const unsigned lead_pair = pair_at(d, first);
     const int lead_digits = lead_pair < 10 ? 1 : 2;
-    std::memcpy(out->d, digit_pairs + 2 * lead_pair + 2 - lead_digits, 2);
+    std::memcpy(out->d, qmr::pair_text + 2 * lead_pair + 2 - lead_digits, 2);
     out->point = 2L * (d->exponent - first) - (2 - lead_digits);
     int n = lead_digits;
     for (int i = first + 1; i <= last; ++i) {
-        std::memcpy(out->d + n, digit_pairs + 2 * pair_at(d, i), 2);
+        std::memcpy(out->d + n, qmr::pair_text + 2 * pair_at(d, i), 2);
         n += 2;
     }
     out->n = n - (pair_at(d, last) % 10 == 0 ? 1 : 0); // a last pair like 50
