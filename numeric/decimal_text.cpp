@@ -329,11 +329,10 @@ std::uint64_t low_bytes(std::uint64_t v, int k)
 // The digits of the common text "ddd[.ddd]" with one to seven digits before
 // a one-byte point, the first not 0, and up to seven after it, read without
 // the general scan: each run is found eight bytes at a time and the digits
-// are packed sixteen at a time. False leaves the text to the general reader.
+// are packed eight at a time. False leaves the text to the general reader.
 bool read_plain_digits(const char *p, const char *end, const char *begin, const qmr_numconv &rec,
                        bool negative, dec_t *result)
 {
-    using u128 = unsigned __int128;
     if (rec.decimal_point_len != 1 || *p == '0')
         return false;
     const std::uint64_t int_chunk = qmr::load_upto8(p, end, begin);
@@ -352,21 +351,17 @@ bool read_plain_digits(const char *p, const char *end, const char *begin, const 
         if (m == 8 || p + m != end) // more digits, an exponent or anything else
             return false;
     }
-    // The digit characters, first in the lowest byte, behind a '0' when the
-    // integer part is odd, and '0's after them up to sixteen.
-    const int lead = n & 1;
-    const int total = lead + n + m; // at most 15
-    u128 chars = static_cast<u128>(low_bytes(int_chunk, n)) << (8 * lead) |
-                 static_cast<u128>(low_bytes(frac_chunk, m)) << (8 * (lead + n));
-    const u128 zeros = static_cast<u128>(0x3030303030303030u) << 64 | 0x3030303030303030u;
-    chars |= zeros & ~((static_cast<u128>(1) << (8 * total)) - 1);
-    chars |= static_cast<u128>(lead != 0 ? '0' : 0);
-    const std::uint64_t pairs =
-        qmr::digit_pairs8(static_cast<std::uint64_t>(chars)) |
-        static_cast<std::uint64_t>(qmr::digit_pairs8(static_cast<std::uint64_t>(chars >> 64)))
-            << 32;
+    // With the implied zero of an odd integer part, the integer digits fill
+    // whole pairs, so each part is packed on its own: the integer digits
+    // right-aligned behind '0's, the fraction digits followed by '0's.
+    constexpr std::uint64_t zeros = 0x3030303030303030u;
+    const int int_pairs = (n + 1) / 2;
+    const std::uint64_t int_chars = int_chunk << (8 * (8 - n)) | zeros >> (8 * n);
+    const std::uint64_t frac_chars = low_bytes(frac_chunk, m) | zeros << (8 * m);
+    const std::uint64_t pairs = qmr::digit_pairs8(int_chars) >> (8 * (4 - int_pairs)) |
+                                std::uint64_t{qmr::digit_pairs8(frac_chars)} << (8 * int_pairs);
     // the first pair is not zero; trailing zero pairs are not held
-    const int npairs = (total + 1) / 2;
+    const int npairs = int_pairs + (m + 1) / 2;
     const std::uint64_t held = npairs == 8 ? pairs : low_bytes(pairs, npairs);
     std::memcpy(result->digits, &pairs, 8);
     result->ndigits = static_cast<short>((63 - __builtin_clzll(held)) / 8 + 1);
@@ -536,8 +531,8 @@ inline void opaque(long &i)
 }
 
 // The significant decimal digits of |d| (up to 32, no leading or trailing
-// zeros, as characters with slack for copy_over) and the number of places
-// before the point of the first one.
+// zeros, as characters) and the number of places before the point of the
+// first one.
 struct Digits {
     char d[max_kept + 2];
     int n = 0;
@@ -570,13 +565,11 @@ void value_digits(const dec_t *d, Digits *out)
     // the first pair shows one digit when below 10
     const unsigned lead_pair = pair_at(d, first);
     const int lead_digits = lead_pair < 10 ? 1 : 2;
-    std::memcpy(out->d, qmr::pair_text + 2 * lead_pair + 2 - lead_digits, 2);
     out->point = 2L * (d->exponent - first) - (2 - lead_digits);
-    int n = lead_digits;
-    for (int i = first + 1; i <= last; ++i) {
-        std::memcpy(out->d + n, qmr::pair_text + 2 * pair_at(d, i), 2);
-        n += 2;
-    }
+    const int n = lead_digits + 2 * (last - first);
+    std::memcpy(out->d, qmr::pair_text + 2 * lead_pair + 2 - lead_digits, 2);
+    for (int i = first + 1, at = lead_digits; i <= last; ++i, at += 2)
+        std::memcpy(out->d + at, qmr::pair_text + 2 * pair_at(d, i), 2);
     out->n = n - (pair_at(d, last) % 10 == 0 ? 1 : 0); // a last pair like 50
 }
 
