@@ -690,19 +690,6 @@ void write_fixed(char *buf, const Digits &v, bool negative, long r, const qmr_nu
     fill_bytes(o, '0', r - lead - (shown > 0 ? shown : 0));
 }
 
-// Decimals shown when the caller leaves it to the value: those it carries,
-// one fewer when its last pair ends in 0, at least one.
-int natural_decimals(const dec_t *d)
-{
-    if (d->ndigits <= 0)
-        return 1;
-    const int n = d->ndigits > QMR_DECSIZE ? QMR_DECSIZE : d->ndigits;
-    int r = 2 * (n - d->exponent);
-    if (static_cast<unsigned char>(d->digits[n - 1]) % 10 == 0)
-        --r;
-    return r < 1 ? 1 : r;
-}
-
 int exponent_digits(long e)
 {
     return (e < 0 ? 1 : 0) + ((e > 99 || e < -99) ? 3 : 2);
@@ -770,6 +757,73 @@ int write_exponent(Field &f, const Digits &all, bool negative, long p, const qmr
     return -1;
 }
 
+// Decimals shown when the caller leaves it to the value: those it carries,
+// one fewer when its last pair ends in 0, at least one.
+int natural_decimals(const dec_t *d)
+{
+    if (d->ndigits <= 0)
+        return 1;
+    const int n = d->ndigits > QMR_DECSIZE ? QMR_DECSIZE : d->ndigits;
+    int r = 2 * (n - d->exponent);
+    if (static_cast<unsigned char>(d->digits[n - 1]) % 10 == 0)
+        --r;
+    return r < 1 ? 1 : r;
+}
+
+char *put_pair(char *o, unsigned pair)
+{
+    std::memcpy(o, qmr::pair_text + 2 * pair, 2);
+    return o + 2;
+}
+
+// The common case written straight from the pairs into the blank field: a
+// normal record of at least 1 whose integer pairs are all held, with at
+// least as many decimals asked for as it carries (nothing to round) and room
+// for all of it. False leaves the field to the general writer.
+bool write_plain(const dec_t *d, char *buf, int len, long r, bool negative, const qmr_numconv &rec)
+{
+    const int held = d->ndigits;
+    const int e = d->exponent;
+    if (held < 1 || held > QMR_DECSIZE || e < 1 || e > held)
+        return false;
+    const auto pair = [d](int i) { return static_cast<unsigned char>(d->digits[i]); };
+    for (int i = 0; i < held; ++i)
+        if (pair(i) >= 100)
+            return false;
+    if (pair(0) == 0 || pair(held - 1) == 0)
+        return false;
+    const bool short_first = pair(0) < 10;
+    const long ints = 2L * e - (short_first ? 1 : 0);
+    const long fracs = 2L * (held - e) - (held > e && pair(held - 1) % 10 == 0 ? 1 : 0);
+    const long width = (negative ? 1 : 0) + ints + (r >= 1 ? rec.decimal_point_len : 0) + r;
+    if (r < fracs || width > len)
+        return false;
+    char *o = buf;
+    if (negative)
+        *o++ = '-';
+    // every byte written lies in the field: a pair shown by one digit is
+    // written as one byte
+    if (short_first)
+        *o++ = static_cast<char>('0' + pair(0));
+    else
+        o = put_pair(o, pair(0));
+    for (int i = 1; i < e; ++i)
+        o = put_pair(o, pair(i));
+    if (r < 1)
+        return true;
+    o = copy_bytes(o, rec.decimal_point, rec.decimal_point_len);
+    for (int i = e; i < held - 1; ++i)
+        o = put_pair(o, pair(i));
+    if (held > e) {
+        if (2L * (held - e) == fracs)
+            o = put_pair(o, pair(held - 1));
+        else
+            *o++ = static_cast<char>('0' + pair(held - 1) / 10);
+    }
+    fill_bytes(o, '0', r - fracs);
+    return true;
+}
+
 int dec_to_text(const dec_t *d, char *buf, int len, int right, bool net)
 {
     if (len < 0)
@@ -784,10 +838,12 @@ int dec_to_text(const dec_t *d, char *buf, int len, int right, bool net)
     const qmr_numconv &rec = *c.rec;
     long r = right >= 0 ? right : natural_decimals(d);
     const bool negative = d->sign == 0;
+    fill_blanks(buf, len);
+    if (write_plain(d, buf, len, r, negative, rec))
+        return 0;
     Digits all;
     value_digits(d, &all);
     Digits scratch;
-    fill_blanks(buf, len);
     while (true) {
         const Digits &v = rounded(all, all.point + r, &scratch);
         const long p = v.point;
