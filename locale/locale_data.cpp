@@ -1,6 +1,7 @@
 // Locale objects: the two built-in en_US locales, the ones made from the
 // Unicode library's data (code-set tables or converter, names, conventions),
-// their process-wide cache, and the character decoders over every code set.
+// their process-wide cache, and the character decoders over every code set;
+// in test builds, the Unicode library's allocator.
 #include "locale/locale_data.hpp"
 
 #include <algorithm>
@@ -8,11 +9,17 @@
 #include <cstring>
 #include <new>
 
-#include <unicode/ucal.h>
+#include <unicode/calendar.h>
+#include <unicode/dtfmtsym.h>
+#include <unicode/locid.h>
+#include <unicode/smpdtfmt.h>
 #include <unicode/uchar.h>
+#include <unicode/uclean.h>
 #include <unicode/ucnv.h>
-#include <unicode/udat.h>
+#include <unicode/ucurr.h>
+#include <unicode/uenum.h>
 #include <unicode/uloc.h>
+#include <unicode/unistr.h>
 #include <unicode/unum.h>
 #include <unicode/ustring.h>
 
@@ -179,6 +186,49 @@ void request_key(const LocaleRequest &request, char *key, std::size_t room) noex
 
 // ---- the Unicode library's data -------------------------------------------
 
+#ifdef QMR_TESTING
+// Test builds hand the Unicode library this library's allocator, so that the
+// allocation-failure hook reaches the Unicode library's own allocations too.
+// Never in a production build: the allocator is process-wide and would also
+// serve the host program's own use of the Unicode library.
+void *unicode_alloc(const void *, std::size_t size) noexcept
+{
+    return mem_alloc(size);
+}
+void *unicode_realloc(const void *, void *block, std::size_t size) noexcept
+{
+    return mem_realloc(block, size);
+}
+void unicode_free(const void *, void *block) noexcept
+{
+    mem_free(block);
+}
+
+// The Unicode library takes an allocator only before it has allocated
+// anything (U_INVALID_STATE_ERROR after): when the host got there first, its
+// own allocator stays, and the library carries on without the hook inside it.
+bool route_unicode_allocator() noexcept
+{
+    static const bool routed = [] {
+        UErrorCode status = U_ZERO_ERROR;
+        u_setMemoryFunctions(nullptr, unicode_alloc, unicode_realloc, unicode_free, &status);
+        return U_SUCCESS(status);
+    }();
+    return routed;
+}
+
+// Routed as the library is loaded, ahead of any use of the Unicode library
+// by the program's own code.
+[[maybe_unused]] const bool routed_at_load = route_unicode_allocator();
+#endif
+
+// The locale code of a failed call into the Unicode library: out of memory
+// is -23108, and any other failure means the data asked for is not there.
+int unicode_error(UErrorCode status, int otherwise) noexcept
+{
+    return status == U_MEMORY_ALLOCATION_ERROR ? QMR_E_GLS_CREATE : otherwise;
+}
+
 void unicode_id(const LocaleName &name, char (&id)[16]) noexcept
 {
     std::strcpy(id, name.lang);
@@ -186,50 +236,72 @@ void unicode_id(const LocaleName &name, char (&id)[16]) noexcept
     std::strcat(id, name.terr);
 }
 
-bool is_available(const char *id) noexcept
+// Whether the Unicode library lists `id` among its locales. The list comes
+// with a status (the plain count hides a failure to load it as "none").
+UErrorCode find_available(const char *id, bool *found) noexcept
 {
-    const int32_t count = uloc_countAvailable();
-    for (int32_t i = 0; i < count; ++i)
-        if (std::strcmp(uloc_getAvailable(i), id) == 0)
-            return true;
-    return false;
+    *found = false;
+    UErrorCode status = U_ZERO_ERROR;
+    UEnumeration *all = uloc_openAvailableByType(ULOC_AVAILABLE_DEFAULT, &status);
+    while (U_SUCCESS(status) && !*found) {
+        const char *next = uenum_next(all, nullptr, &status);
+        if (next == nullptr)
+            break;
+        *found = std::strcmp(next, id) == 0;
+    }
+    if (all != nullptr)
+        uenum_close(all);
+    return status;
 }
 
 // Whether the Unicode library has data of its own for the language and
-// territory (directly, or under its script, as zh_CN under zh_Hans_CN): a
-// name that would only fall back to the language or the root is not served.
-bool has_locale_data(const LocaleName &name) noexcept
+// territory (directly, or under its script, as zh_CN under zh_Hans_CN): 0,
+// or -23101 for a name that would only fall back to the language or the
+// root, or -23108 when memory ran out on the way.
+int check_locale_data(const LocaleName &name) noexcept
 {
+    constexpr int kNoData = QMR_E_GLS_CATEGORIES;
     char id[16];
     unicode_id(name, id);
-    if (is_available(id))
-        return true;
+    bool found = false;
+    UErrorCode status = find_available(id, &found);
+    if (U_FAILURE(status) || found)
+        return U_FAILURE(status) ? unicode_error(status, kNoData) : 0;
     char full[64];
-    UErrorCode status = U_ZERO_ERROR;
     uloc_addLikelySubtags(id, full, sizeof full, &status);
-    if (U_FAILURE(status))
-        return false;
     char region[8];
     uloc_getCountry(full, region, sizeof region, &status);
-    return U_SUCCESS(status) && std::strcmp(region, name.terr) == 0 && is_available(full);
+    if (U_FAILURE(status))
+        return unicode_error(status, kNoData);
+    if (std::strcmp(region, name.terr) != 0)
+        return kNoData;
+    status = find_available(full, &found);
+    if (U_FAILURE(status))
+        return unicode_error(status, kNoData);
+    return found ? 0 : kNoData;
 }
 
 // Opens the code set's converter with stop callbacks, so that bytes that are
-// no character are reported instead of replaced.
-UConverter *open_converter(const CodesetInfo *codeset) noexcept
+// no character are reported instead of replaced: 0 with *out set, -23104, or
+// -23108.
+int open_converter(const CodesetInfo *codeset, UConverter **out) noexcept
 {
     UErrorCode status = U_ZERO_ERROR;
     UConverter *conv = ucnv_open(codeset->converter, &status);
-    if (U_FAILURE(status) || conv == nullptr)
-        return nullptr;
+    if (U_FAILURE(status) || conv == nullptr) {
+        if (conv != nullptr)
+            ucnv_close(conv);
+        return unicode_error(status, QMR_E_GLS_CONVERTER);
+    }
     data_loads.fetch_add(1, std::memory_order_relaxed);
     ucnv_setToUCallBack(conv, UCNV_TO_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     ucnv_setFromUCallBack(conv, UCNV_FROM_U_CALLBACK_STOP, nullptr, nullptr, nullptr, &status);
     if (U_FAILURE(status)) {
         ucnv_close(conv);
-        return nullptr;
+        return unicode_error(status, QMR_E_GLS_CONVERTER);
     }
-    return conv;
+    *out = conv;
+    return 0;
 }
 
 bool encode_less(const EncodePair &a, const EncodePair &b) noexcept
@@ -241,9 +313,9 @@ bool encode_less(const EncodePair &a, const EncodePair &b) noexcept
 // case maps taken from the Unicode values.
 int fill_sbcs_tables(Locale &loc) noexcept
 {
-    UConverter *conv = open_converter(loc.codeset);
-    if (conv == nullptr)
-        return QMR_E_GLS_CONVERTER;
+    UConverter *conv = nullptr;
+    if (int error = open_converter(loc.codeset, &conv); error != 0)
+        return error;
     loc.decode[0] = 0;
     for (unsigned b = 1; b < 256; ++b) {
         const char byte = static_cast<char>(b);
@@ -251,6 +323,12 @@ int fill_sbcs_tables(Locale &loc) noexcept
         UErrorCode status = U_ZERO_ERROR;
         ucnv_resetToUnicode(conv);
         int32_t len = ucnv_toUChars(conv, units, 4, &byte, 1, &status);
+        // A byte that is no character fails with its own status; running out
+        // of memory would leave a byte wrongly unmapped, so it fails the table.
+        if (status == U_MEMORY_ALLOCATION_ERROR) {
+            ucnv_close(conv);
+            return QMR_E_GLS_CREATE;
+        }
         UChar32 cp = kUnmapped;
         if (U_SUCCESS(status) && len > 0)
             U16_GET(units, 0, 0, len, cp);
@@ -278,12 +356,16 @@ int fill_sbcs_tables(Locale &loc) noexcept
 
 int open_mbcs(Locale &loc) noexcept
 {
-    UConverter *conv = open_converter(loc.codeset);
-    if (conv == nullptr)
-        return QMR_E_GLS_CONVERTER;
+    UConverter *conv = nullptr;
+    if (int error = open_converter(loc.codeset, &conv); error != 0)
+        return error;
+    // The converter is kept only with its lock: discard() destroys both.
+    if (pthread_mutex_init(&loc.converter_lock, nullptr) != 0) {
+        ucnv_close(conv);
+        return QMR_E_GLS_CREATE;
+    }
     loc.converter = conv;
     loc.max_char_len = ucnv_getMaxCharSize(conv);
-    pthread_mutex_init(&loc.converter_lock, nullptr);
     for (unsigned b = 0; b < 256; ++b)
         loc.decode[b] = kUnmapped;
     return 0;
@@ -317,38 +399,58 @@ bool put_text(const Locale &loc, const UChar *text, int32_t len, char *out,
     return true;
 }
 
+// The month and day names of the locale's own calendar, from the symbols of
+// a date format made for the locale. The format holds a copy of the symbols,
+// and a copy that runs out of memory keeps its counts but loses its lists
+// without saying so; the lists are therefore read from the symbols object
+// (the C call would read through the missing list), and a missing list is
+// taken as out of memory.
 int fill_names(Locale &loc, const LocaleName &time) noexcept
 {
     char id[16];
     unicode_id(time, id);
+    const icu::Locale where(id);
+    if (where.isBogus())
+        return QMR_E_GLS_CREATE;
     UErrorCode status = U_ZERO_ERROR;
-    UDateFormat *fmt = udat_open(UDAT_DEFAULT, UDAT_DEFAULT, id, nullptr, 0, nullptr, 0, &status);
+    const icu::SimpleDateFormat format(icu::UnicodeString(), where, status);
     if (U_FAILURE(status))
-        return status == U_MEMORY_ALLOCATION_ERROR ? QMR_E_GLS_CREATE : QMR_E_GLS_CATEGORIES;
+        return unicode_error(status, QMR_E_GLS_CATEGORIES);
+    const icu::Calendar *calendar = format.getCalendar();
+    const icu::DateFormatSymbols *names_of = format.getDateFormatSymbols();
+    if (calendar == nullptr || names_of == nullptr)
+        return QMR_E_GLS_CREATE;
+    loc.gregorian = std::strcmp(calendar->getType(), "gregorian") == 0;
     data_loads.fetch_add(1, std::memory_order_relaxed);
-    UChar text[96];
     // A name the code set cannot write means the language cannot be served in
     // it (Russian names in Latin-1): the build fails rather than print '?'.
-    bool writable = true;
-    auto symbol = [&](UDateFormatSymbolType type, int index, char *out, std::size_t room) {
-        UErrorCode st = U_ZERO_ERROR;
-        int32_t len = udat_getSymbols(fmt, type, index, text, 96, &st);
-        if (!put_text(loc, text, U_SUCCESS(st) ? std::min(len, int32_t{96}) : 0, out, room))
-            writable = false;
+    int error = 0;
+    auto names = [&](const icu::UnicodeString *list, int32_t count, int first, auto &out) {
+        constexpr int n = static_cast<int>(sizeof out / sizeof out[0]);
+        if (error != 0)
+            return;
+        if (list == nullptr || count < first + n) {
+            error = list == nullptr ? QMR_E_GLS_CREATE : QMR_E_GLS_CATEGORIES;
+            return;
+        }
+        for (int i = 0; i < n && error == 0; ++i) {
+            const icu::UnicodeString &name = list[first + i];
+            if (name.isBogus())
+                error = QMR_E_GLS_CREATE;
+            else if (!put_text(loc, name.getBuffer(), name.length(), out[i], sizeof out[i]))
+                error = QMR_E_GLS_CATEGORIES;
+        }
     };
-    for (int m = 0; m < 12; ++m) {
-        symbol(UDAT_SHORT_MONTHS, m, loc.month_abbr[m], sizeof loc.month_abbr[m]);
-        symbol(UDAT_MONTHS, m, loc.month_full[m], sizeof loc.month_full[m]);
-    }
-    for (int d = 0; d < 7; ++d) { // the weekday symbols count Sunday as 1
-        symbol(UDAT_SHORT_WEEKDAYS, d + 1, loc.day_abbr[d], sizeof loc.day_abbr[d]);
-        symbol(UDAT_WEEKDAYS, d + 1, loc.day_full[d], sizeof loc.day_full[d]);
-    }
-    const char *calendar = ucal_getType(udat_getCalendar(fmt), &status);
-    loc.gregorian =
-        U_SUCCESS(status) && calendar != nullptr && std::strcmp(calendar, "gregorian") == 0;
-    udat_close(fmt);
-    return writable ? 0 : QMR_E_GLS_CATEGORIES;
+    int32_t count = 0;
+    const icu::UnicodeString *list = names_of->getShortMonths(count);
+    names(list, count, 0, loc.month_abbr);
+    list = names_of->getMonths(count);
+    names(list, count, 0, loc.month_full);
+    list = names_of->getShortWeekdays(count); // the weekdays count Sunday as 1
+    names(list, count, 1, loc.day_abbr);
+    list = names_of->getWeekdays(count);
+    names(list, count, 1, loc.day_full);
+    return error;
 }
 
 UNumberFormat *open_number_format(const LocaleName &name, UNumberFormatStyle style,
@@ -359,21 +461,38 @@ UNumberFormat *open_number_format(const LocaleName &name, UNumberFormatStyle sty
     UErrorCode status = U_ZERO_ERROR;
     UNumberFormat *fmt = unum_open(style, nullptr, 0, id, nullptr, &status);
     if (U_FAILURE(status)) {
-        *error = status == U_MEMORY_ALLOCATION_ERROR ? QMR_E_GLS_CREATE : QMR_E_GLS_CATEGORIES;
+        if (fmt != nullptr)
+            unum_close(fmt);
+        *error = unicode_error(status, QMR_E_GLS_CATEGORIES);
         return nullptr;
     }
     data_loads.fetch_add(1, std::memory_order_relaxed);
     return fmt;
 }
 
+// A number symbol in the code set, or `fallback` when the code set cannot
+// write it. A failed read leaves *status set for the caller to report.
 void put_symbol(const Locale &loc, UNumberFormat *fmt, UNumberFormatSymbol which, char *out,
-                std::size_t room, const char *fallback) noexcept
+                std::size_t room, const char *fallback, UErrorCode *status) noexcept
 {
+    if (U_FAILURE(*status))
+        return;
     UChar text[40];
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t len = unum_getSymbol(fmt, which, text, 40, &status);
-    if (U_FAILURE(status) || !put_text(loc, text, std::min(len, int32_t{40}), out, room))
+    int32_t len = unum_getSymbol(fmt, which, text, 40, status);
+    if (U_SUCCESS(*status) && !put_text(loc, text, std::min(len, int32_t{40}), out, room))
         std::strcpy(out, fallback);
+}
+
+// The ISO code of the currency the monetary format uses (room for 40 units).
+// Every locale with a territory has one in the Unicode library's data; the
+// library's number symbols lose it without an error when memory runs out on
+// the way (the generic sign stands in), so a missing code counts as that.
+bool iso_currency(UNumberFormat *fmt, UChar *code, UErrorCode *status) noexcept
+{
+    const int32_t len = unum_getSymbol(fmt, UNUM_INTL_CURRENCY_SYMBOL, code, 40, status);
+    if (U_FAILURE(*status) || len != 3)
+        return false;
+    return std::all_of(code, code + 3, [](UChar c) { return c >= u'A' && c <= u'Z'; });
 }
 
 // Group sizes as the C library writes them: the primary size, then the
@@ -397,13 +516,12 @@ void put_grouping(UNumberFormat *fmt, char *out) noexcept
 
 // Where the currency sign stands in the monetary pattern, and whether a
 // space separates it from the number.
-void currency_placement(UNumberFormat *fmt, struct lconv &c) noexcept
+void currency_placement(UNumberFormat *fmt, struct lconv &c, UErrorCode *status) noexcept
 {
     UChar pattern[96];
-    UErrorCode status = U_ZERO_ERROR;
-    int32_t len = unum_toPattern(fmt, false, pattern, 96, &status);
-    if (U_FAILURE(status))
-        len = 0;
+    int32_t len = unum_toPattern(fmt, false, pattern, 96, status);
+    if (U_FAILURE(*status))
+        return;
     len = std::min(len, int32_t{96});
     int32_t end = len;
     for (int32_t i = 0; i < len; ++i)
@@ -440,34 +558,50 @@ int fill_conventions(Locale &loc, const LocaleName &numeric, const LocaleName &m
     UNumberFormat *num = open_number_format(numeric, UNUM_DECIMAL, &error);
     if (num == nullptr)
         return error;
-    put_symbol(loc, num, UNUM_DECIMAL_SEPARATOR_SYMBOL, loc.conv_text[kDecimalPoint], 40, ".");
-    put_symbol(loc, num, UNUM_GROUPING_SEPARATOR_SYMBOL, loc.conv_text[kThousandsSep], 40, "");
+    UErrorCode status = U_ZERO_ERROR;
+    put_symbol(loc, num, UNUM_DECIMAL_SEPARATOR_SYMBOL, loc.conv_text[kDecimalPoint], 40, ".",
+               &status);
+    put_symbol(loc, num, UNUM_GROUPING_SEPARATOR_SYMBOL, loc.conv_text[kThousandsSep], 40, "",
+               &status);
     put_grouping(num, loc.conv_text[kGrouping]);
     unum_close(num);
+    if (U_FAILURE(status))
+        return unicode_error(status, QMR_E_GLS_CATEGORIES);
 
     UNumberFormat *mon = open_number_format(monetary, UNUM_CURRENCY, &error);
     if (mon == nullptr)
         return error;
-    put_symbol(loc, mon, UNUM_INTL_CURRENCY_SYMBOL, loc.conv_text[kIntCurrSymbol], 36, "");
+    UChar currency[40];
+    if (!iso_currency(mon, currency, &status)) {
+        unum_close(mon);
+        return U_FAILURE(status) ? unicode_error(status, QMR_E_GLS_CATEGORIES) : QMR_E_GLS_CREATE;
+    }
+    char *int_symbol = loc.conv_text[kIntCurrSymbol];
+    char *symbol = loc.conv_text[kCurrencySymbol];
+    put_symbol(loc, mon, UNUM_INTL_CURRENCY_SYMBOL, int_symbol, 36, "", &status);
     // The international symbol is followed by its separator, as in C.
-    if (loc.conv_text[kIntCurrSymbol][0] != '\0')
-        std::strcat(loc.conv_text[kIntCurrSymbol], " ");
-    put_symbol(loc, mon, UNUM_CURRENCY_SYMBOL, loc.conv_text[kCurrencySymbol], 40, "");
+    if (int_symbol[0] != '\0')
+        std::strcat(int_symbol, " ");
+    put_symbol(loc, mon, UNUM_CURRENCY_SYMBOL, symbol, 40, "", &status);
     // A sign the code set cannot write is replaced by the ISO code (EUR for
     // the euro sign in 8859-1), never by a stand-in character.
-    if (loc.conv_text[kCurrencySymbol][0] == '\0')
-        put_symbol(loc, mon, UNUM_INTL_CURRENCY_SYMBOL, loc.conv_text[kCurrencySymbol], 40, "");
-    put_symbol(loc, mon, UNUM_MONETARY_SEPARATOR_SYMBOL, loc.conv_text[kMonDecimalPoint], 40, ".");
+    if (symbol[0] == '\0')
+        put_symbol(loc, mon, UNUM_INTL_CURRENCY_SYMBOL, symbol, 40, "", &status);
+    put_symbol(loc, mon, UNUM_MONETARY_SEPARATOR_SYMBOL, loc.conv_text[kMonDecimalPoint], 40, ".",
+               &status);
     put_symbol(loc, mon, UNUM_MONETARY_GROUPING_SEPARATOR_SYMBOL, loc.conv_text[kMonThousandsSep],
-               40, "");
+               40, "", &status);
     put_grouping(mon, loc.conv_text[kMonGrouping]);
     loc.conv_text[kPositiveSign][0] = '\0';
-    put_symbol(loc, mon, UNUM_MINUS_SIGN_SYMBOL, loc.conv_text[kNegativeSign], 40, "-");
-    const int32_t digits = unum_getAttribute(mon, UNUM_MAX_FRACTION_DIGITS);
+    put_symbol(loc, mon, UNUM_MINUS_SIGN_SYMBOL, loc.conv_text[kNegativeSign], 40, "-", &status);
+    // The currency's own digits, asked of the currency data (which reports a
+    // failure) rather than of the format (which falls back to 2 unannounced).
+    const int32_t digits =
+        U_SUCCESS(status) ? ucurr_getDefaultFractionDigits(currency, &status) : 0;
     loc.conv.int_frac_digits = loc.conv.frac_digits = static_cast<char>(std::clamp(digits, 0, 9));
-    currency_placement(mon, loc.conv);
+    currency_placement(mon, loc.conv, &status);
     unum_close(mon);
-    return 0;
+    return U_FAILURE(status) ? unicode_error(status, QMR_E_GLS_CATEGORIES) : 0;
 }
 
 int fill_from_unicode_data(Locale &loc, const LocaleRequest &request) noexcept
@@ -494,16 +628,6 @@ int fill_from_unicode_data(Locale &loc, const LocaleRequest &request) noexcept
         status =
             fill_conventions(loc, request.category[kCatNumeric], request.category[kCatMonetary]);
     return status;
-}
-
-void discard(Locale *loc) noexcept
-{
-    if (loc->converter != nullptr) {
-        ucnv_close(static_cast<UConverter *>(loc->converter));
-        pthread_mutex_destroy(&loc->converter_lock);
-    }
-    loc->~Locale();
-    mem_free(loc);
 }
 
 bool is_builtin_request(const LocaleRequest &request) noexcept
@@ -543,33 +667,63 @@ int find_or_make_locale(const LocaleRequest &request, const Locale **out) noexce
             *out = loc;
             return 0;
         }
-    // Every locale taken from the Unicode library needs data of its own there.
-    if (!has_locale_data(request.client))
-        return QMR_E_GLS_CATEGORIES;
-    for (const LocaleName &name : request.category)
-        if (!has_locale_data(name))
-            return QMR_E_GLS_CATEGORIES;
-    void *block = mem_calloc(1, sizeof(Locale));
-    if (block == nullptr)
-        return QMR_E_GLS_CREATE;
-    auto *loc = new (block) Locale{};
-    std::strcpy(loc->key, key);
-    format_locale_name(request.client, loc->name, sizeof loc->name);
-    int status = fill_from_unicode_data(*loc, request);
-    if (status != 0) {
-        discard(loc);
+    Locale *loc = nullptr;
+    if (int status = make_locale(request, &loc); status != 0)
         return status;
-    }
     loc->next = cache_head;
     cache_head = loc;
     *out = loc;
     return 0;
 }
 
+int make_locale(const LocaleRequest &request, Locale **out) noexcept
+{
+#ifdef QMR_TESTING
+    route_unicode_allocator(); // in case a static constructor builds first
+#endif
+    // Every locale taken from the Unicode library needs data of its own there.
+    if (int status = check_locale_data(request.client); status != 0)
+        return status;
+    for (const LocaleName &name : request.category)
+        if (int status = check_locale_data(name); status != 0)
+            return status;
+    void *block = mem_calloc(1, sizeof(Locale));
+    if (block == nullptr)
+        return QMR_E_GLS_CREATE;
+    auto *loc = new (block) Locale{};
+    request_key(request, loc->key, sizeof loc->key);
+    format_locale_name(request.client, loc->name, sizeof loc->name);
+    // A failure anywhere leaves nothing behind: what the Unicode library
+    // opened for the object is closed with it.
+    if (int status = fill_from_unicode_data(*loc, request); status != 0) {
+        discard_locale(loc);
+        return status;
+    }
+    *out = loc;
+    return 0;
+}
+
+void discard_locale(Locale *loc) noexcept
+{
+    if (loc->converter != nullptr) {
+        ucnv_close(static_cast<UConverter *>(loc->converter));
+        pthread_mutex_destroy(&loc->converter_lock);
+    }
+    loc->~Locale();
+    mem_free(loc);
+}
+
 long unicode_data_loads() noexcept
 {
     return data_loads.load(std::memory_order_relaxed);
 }
+
+#ifdef QMR_TESTING
+bool unicode_allocator_routed() noexcept
+{
+    return route_unicode_allocator();
+}
+#endif
 
 // ---- characters -------------------------------------------------------------
 

@@ -84,9 +84,21 @@ const Locale *builtin_locale(CodesetKind kind) noexcept;
 // -23108 (no memory).
 int find_or_make_locale(const LocaleRequest &request, const Locale **out) noexcept;
 
+// A new locale object for a request from the Unicode library's data, outside
+// the cache: 0 with *out set, or the codes of find_or_make_locale. Nothing is
+// left behind on failure; a made object is freed with discard_locale.
+int make_locale(const LocaleRequest &request, Locale **out) noexcept;
+void discard_locale(Locale *loc) noexcept;
+
 // How often locale data or a converter was taken from the Unicode library:
 // the built-in locales never add to it.
 long unicode_data_loads() noexcept;
+
+#ifdef QMR_TESTING
+// Whether the Unicode library took the library's allocator (and with it the
+// allocation-failure hook); false when it had allocated before it was asked.
+bool unicode_allocator_routed() noexcept;
+#endif
 
 // Decodes the character at s within n bytes into its Unicode value: its
 // length, or kDecodeEnd / kDecodeBad / kDecodeTrunc (codeset.hpp).

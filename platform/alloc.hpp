@@ -11,6 +11,9 @@ namespace qmr
 
 void *mem_alloc(std::size_t size) noexcept;
 void *mem_calloc(std::size_t count, std::size_t size) noexcept;
+// As realloc: a null ptr makes a new block; size 0 keeps a one-byte block;
+// on failure (null) the old block is left as it was. It serves as the
+// Unicode library's realloc in test builds.
 void *mem_realloc(void *ptr, std::size_t size) noexcept;
 void mem_free(void *ptr) noexcept;
 
