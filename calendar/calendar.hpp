@@ -105,5 +105,8 @@ int datetime_to_day(const dec_t *in, int inqual, int *jdate, qmr_tcb_t *ctx) noe
 int interval_copy(const dec_t *in, int inqual, dec_t *out, int outqual, qmr_tcb_t *ctx) noexcept;
 // Whether the locale environment can be used: 0 or its error.
 int locale_ready(qmr_tcb_t *ctx) noexcept;
+// The thread's context with a usable locale environment in *ctx: 0,
+// QMR_E_NOMEM without a context, or the locale's error.
+int context_with_locale(qmr_tcb_t **ctx) noexcept;
 
 } // namespace qmr

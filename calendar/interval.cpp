@@ -165,10 +165,8 @@ int rdtextend(const dec_t *in, int inqual, dec_t *out, int outqual) noexcept
 
 int dtextend(const dtime_t *in, dtime_t *out) noexcept
 {
-    qmr_tcb_t *ctx = CheckAlltcbInit();
-    if (ctx == nullptr || ctx->gen == nullptr)
-        return QMR_E_NOMEM;
-    int status = locale_ready(ctx);
+    qmr_tcb_t *ctx = nullptr;
+    int status = context_with_locale(&ctx);
     if (status != 0)
         return status;
     dec_t value;

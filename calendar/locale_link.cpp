@@ -14,6 +14,14 @@ int locale_ready(qmr_tcb_t *) noexcept
     return ready_glsenv(&status) != nullptr ? 0 : status;
 }
 
+int context_with_locale(qmr_tcb_t **ctx) noexcept
+{
+    *ctx = CheckAlltcbInit();
+    if (*ctx == nullptr || (*ctx)->gen == nullptr)
+        return QMR_E_NOMEM;
+    return locale_ready(*ctx);
+}
+
 int century_of(int month, int day, int year2, qmr_tcb_t *) noexcept
 {
     getdbcentury();

@@ -272,10 +272,8 @@ int rdtimestr(const dec_t *dt, int qual, char *out) noexcept
 
 int dttoasc(const dtime_t *dt, char *out) noexcept
 {
-    qmr_tcb_t *ctx = CheckAlltcbInit();
-    if (ctx == nullptr || ctx->gen == nullptr)
-        return QMR_E_NOMEM;
-    int status = locale_ready(ctx);
+    qmr_tcb_t *ctx = nullptr;
+    int status = context_with_locale(&ctx);
     if (status != 0)
         return status;
     return rdtimestr(&dt->value, dt->qualifier, out);
